@@ -1,0 +1,182 @@
+#include <gtest/gtest.h>
+
+#include "xmlparser/Xml.h"
+
+namespace {
+
+using namespace Xml;
+
+// The names of a container's children, '#' standing for any node without its own name.
+TString ChildNames(const NodeContainer& container) {
+  TString names;
+  for (const Node* child : container) {
+    if (!names.empty()) names += L',';
+    names += child->IsKindOf(NODE_ELEMENT) ? child->GetName() : L"#";
+  }
+  return names;
+}
+
+class ElementTest : public testing::Test {
+ protected:
+  // root holds: element a, text, element b, element a (the second), two CDATA sections.
+  void SetUp() override {
+    m_root.AddElementInto(L"a").AddText(L"first");
+    m_root.AddText(L"t");
+    m_root.AddElementInto(L"b");
+    m_root.AddElementInto(L"a").AddText(L"second");
+    m_root.Add(new CData(m_root, L"c0"));
+    m_root.Add(new CData(m_root, L"c1"));
+  }
+  Element m_root{L"root"};
+};
+
+TEST_F(ElementTest, CountedLookups) {
+  EXPECT_EQ(L"b", m_root.GetChild(1, NODE_ELEMENT).GetName());
+  EXPECT_EQ(L"second", m_root.GetElement(L"a", 1).GetValue());
+  EXPECT_EQ(L"t", m_root.GetChild(0, NODE_TEXT).GetValue());
+  EXPECT_EQ(L"c1", m_root.GetCData(1).GetData());
+  EXPECT_EQ(L"c0", m_root.GetChild(L"#cdata-section", 0, NODE_CDATA).GetValue());
+
+  struct Miss {
+    const char* label;
+    const Node& result;
+    const Node& null;
+  };
+  const Miss misses[] = {
+      {"index past the children", m_root.GetChild(9), Node::null},
+      {"third a", m_root.GetElement(L"a", 2), Element::null},
+      {"name differs in case", m_root.GetElement(L"A", 0), Element::null},
+      {"third cdata", m_root.GetCData(2), CData::null},
+      {"no comment", m_root.GetComment(0), Comment::null},
+      {"no pi", m_root.GetPi(0), Pi::null},
+      {"no pi with target", m_root.GetPi(L"t", 0), Pi::null},
+      {"no attribute", m_root.GetAttribute(L"x"), Attribute::null},
+      {"no attribute at index", m_root.GetAttribute(0ul), Attribute::null},
+  };
+  for (const Miss& m : misses) {
+    SCOPED_TRACE(m.label);
+    EXPECT_EQ(&m.null, &m.result);
+  }
+  // A failed general lookup still answers to the element kind: only identity tells.
+  EXPECT_TRUE(m_root.GetChild(9).IsKindOf(NODE_ELEMENT));
+}
+
+TEST_F(ElementTest, FindChildStaysOnItsMatch) {
+  NodeContainer::iterator pos = m_root.begin();
+  ASSERT_TRUE(m_root.FindChild(L"a", NODE_ELEMENT, pos));
+  NodeContainer::iterator again = pos;
+  ASSERT_TRUE(m_root.FindChild(L"a", NODE_ELEMENT, again));
+  EXPECT_EQ(pos, again);
+  ++pos;
+  ASSERT_TRUE(m_root.FindChild(L"a", pos));
+  EXPECT_EQ(L"second", (*pos)->GetValue());
+  ++pos;
+  EXPECT_FALSE(m_root.FindChild(NODE_ELEMENT, pos));
+  EXPECT_EQ(m_root.end(), pos);
+
+  const Element& constRoot = m_root;
+  NodeContainer::const_iterator cpos = constRoot.begin();
+  ASSERT_TRUE(constRoot.FindChild(m_root.GetChild(2), cpos));
+  EXPECT_EQ(L"b", (*cpos)->GetName());
+}
+
+TEST_F(ElementTest, Deleting) {
+  EXPECT_TRUE(m_root.DeleteChildElement(L"a", 1));
+  EXPECT_FALSE(m_root.DeleteChildElement(L"c", 0));
+  EXPECT_EQ(L"a,#,b,#,#", ChildNames(m_root));
+
+  m_root.GetElement(L"b", 0).Delete();
+  EXPECT_EQ(L"a,#,#,#", ChildNames(m_root));
+
+  Element parentless(L"p");
+  parentless.Delete();  // not a child of anything: nothing happens
+  Text stranger(L"s");
+  m_root.DeleteChild(stranger);
+  EXPECT_EQ(4u, m_root.GetChildCount());
+
+  m_root.CreateAttribute(L"x");
+  m_root.DeleteChildren();
+  EXPECT_TRUE(m_root.IsEmpty());
+  EXPECT_EQ(1u, m_root.GetAttributeCount());
+}
+
+TEST_F(ElementTest, Inserting) {
+  Element& b = m_root.GetElement(L"b", 0);
+  EXPECT_EQ(L"before", b.InsertElementBefore(L"before").GetName());
+  EXPECT_EQ(L"after", b.InsertElementAfter(L"after").GetName());
+  EXPECT_EQ(L"last", b.AppendElement(L"last").GetName());
+  EXPECT_EQ(L"a,#,before,b,after,a,#,#,last", ChildNames(m_root));
+
+  Comment* orphan = new Comment(m_root, L"o");
+  Text stranger(L"s");
+  EXPECT_FALSE(m_root.InsertBefore(stranger, orphan));  // the caller keeps it
+  EXPECT_TRUE(m_root.InsertAfter(b, orphan));
+  EXPECT_EQ(&m_root.GetChild(4), orphan);
+}
+
+TEST_F(ElementTest, SiblingsNeedAnOwner) {
+  Element parentless(L"p");
+  EXPECT_EQ(&Element::null, &parentless.AppendElement(L"x"));
+  EXPECT_EQ(&Element::null, &parentless.InsertElementBefore(L"x"));
+  Element detached(m_root, L"d");  // names m_root as parent but was never added
+  EXPECT_EQ(&Element::null, &detached.InsertElementAfter(L"x"));
+  EXPECT_TRUE(Element::null.IsEmpty());
+  EXPECT_EQ(6u, m_root.GetChildCount());
+}
+
+TEST_F(ElementTest, Creating) {
+  Attribute& x = m_root.CreateAttribute(L"x");
+  EXPECT_EQ(&x, &m_root.CreateAttribute(L"x"));
+  EXPECT_EQ(1u, m_root.GetAttributeCount());
+  EXPECT_EQ(L"", x.GetValue());
+  EXPECT_EQ(&x.GetParent(), &m_root);
+
+  EXPECT_EQ(&m_root.GetElement(L"a", 1), &m_root.CreateElement(L"a", 1));
+  Element& e = m_root.CreateElement(L"e", 3);
+  EXPECT_EQ(&e, &m_root.GetElement(L"e", 0));
+  EXPECT_EQ(7u, m_root.GetChildCount());
+
+  CData source(L"payload");
+  CData& copy = m_root.AddInto(source);
+  EXPECT_NE(&source, &copy);
+  EXPECT_EQ(&copy.GetParent(), &m_root);
+  EXPECT_EQ(L"payload", m_root.GetCData(2).GetData());
+  EXPECT_EQ(&CData::null, &Element::null.AddInto(source));
+}
+
+TEST_F(ElementTest, CloneCopiesChildrenButNotAttributes) {
+  m_root.CreateAttribute(L"x");
+  m_root.SetPreserveSpaces(true);
+  Element& a = m_root.GetElement(L"a", 0);
+  a.Add(new EntityRef(a, L"nbsp"));
+  a.Add(new Pi(a, L"target", L"data"));
+
+  Document document;
+  Element& copy = m_root.Clone(document);
+  std::unique_ptr<Element> owner(&copy);
+  EXPECT_EQ(&document, &copy.GetParent());
+  EXPECT_EQ(0u, copy.GetAttributeCount());
+  EXPECT_FALSE(copy.PreservesSpaces());
+  EXPECT_EQ(ChildNames(m_root), ChildNames(copy));
+  for (const Node* child : copy) EXPECT_EQ(&copy, &child->GetParent());
+
+  Element& copiedA = copy.GetElement(L"a", 0);
+  EXPECT_NE(&a, &copiedA);
+  EXPECT_EQ(&copy, &copiedA.GetParent());
+  EXPECT_EQ(a.GetValue(), copiedA.GetValue());
+  EXPECT_EQ(L"data", copiedA.GetPi(L"target", 0).GetData());
+  EXPECT_EQ(L"nbsp", copiedA.GetChild(1).GetName());
+  EXPECT_EQ(&copiedA, &copiedA.GetChild(1).GetParent());
+}
+
+TEST(DocumentCloneTest, KeepsNoRootAndNoDeclaration) {
+  Document document(L"root");
+  document.GetRoot().AddText(L"x");
+  std::unique_ptr<Document> copy(&document.Clone());
+  EXPECT_TRUE(IsNullObject(copy->GetRoot()));
+  ASSERT_EQ(1u, copy->GetChildCount());
+  EXPECT_EQ(L"root", copy->GetChild(0).GetName());
+  EXPECT_EQ(L"x", copy->GetValue());
+}
+
+}  // namespace

@@ -1,0 +1,144 @@
+#include <gtest/gtest.h>
+
+#include "xmlparser/Xml.h"
+
+namespace {
+
+using namespace Xml;
+
+const TString kDeclaration = L"<?xml version=\"1.0\" encoding=\"UTF-16\"?>\n";
+
+TEST(GeneratorTest, WorkedExample) {
+  Document document(L"settings");
+  Element& root = document.GetRoot();
+  Value(root.CreateAttribute(L"name")).Set(L"a<b");
+  root.Add(new Comment(root, L" c "));
+  Value(root.AddElementInto(L"item").CreateAttribute(L"id")).Set(L"1");
+  Element& value = root.AddElementInto(L"value");
+  value.AddText(L"x & y");
+  value.Add(new CData(value, L"raw"));
+
+  EXPECT_EQ(kDeclaration +
+                L"<settings name=\"a&lt;b\">\n"
+                L"  <!-- c -->\n"
+                L"  <item id=\"1\"/>\n"
+                L"  <value>x &amp; y\n"
+                L"    <![CDATA[raw]]>\n"
+                L"  </value>\n"
+                L"</settings>",
+            document.GenerateXML());
+}
+
+// The text of a document whose root is built by `build`, without the declaration's line.
+template <class Build>
+TString RootText(Build build, unsigned long flags = 0) {
+  Document document(L"a");
+  build(document.GetRoot());
+  TString out;
+  GenerateContext context(out, nullptr, flags);
+  document.GenerateXML(context);
+  return out.substr(out.find(L"?>") + (flags & GenerateContext::COMPACT ? 2 : 3));
+}
+
+TEST(GeneratorTest, Layout) {
+  struct Case {
+    const char* label;
+    void (*build)(Element&);
+    const wchar_t* formatted;
+    const wchar_t* compact;
+  };
+  const Case cases[] = {
+      {"empty element with attributes",
+       [](Element& a) { Value(a.CreateAttribute(L"x")).Set(L"1"); }, L"<a x=\"1\"/>",
+       L"<a x=\"1\"/>"},
+      {"text only stays on one line", [](Element& a) { a.AddText(L"text"); }, L"<a>text</a>",
+       L"<a>text</a>"},
+      {"text after markup keeps the end tag on its own line",
+       [](Element& a) {
+         a.AddElementInto(L"b");
+         a.AddText(L"x");
+       },
+       L"<a>\n  <b/>x\n</a>", L"<a><b/>x</a>"},
+      {"nested levels",
+       [](Element& a) { a.AddElementInto(L"b").AddElementInto(L"c").AddText(L"t"); },
+       L"<a>\n  <b>\n    <c>t</c>\n  </b>\n</a>", L"<a><b><c>t</c></b></a>"},
+      {"pi with and without data",
+       [](Element& a) {
+         a.Add(new Pi(a, L"t", L""));
+         a.Add(new Pi(a, L"u", L"d"));
+       },
+       L"<a>\n  <?t?>\n  <?u d?>\n</a>", L"<a><?t?><?u d?></a>"},
+      {"line feeds inside text are written as they are",
+       [](Element& a) { a.AddText(L"l1\nl2"); }, L"<a>l1\nl2</a>", L"<a>l1\nl2</a>"},
+      {"references are written by name, not escaped again",
+       [](Element& a) {
+         Attribute& x = a.CreateAttribute(L"x");
+         x.Add(new EntityRef(x, L"amp"));
+         x.AddText(L"'\"");
+         a.Add(new CharRef(a, 233));
+         a.Add(new CharRef(a, 65));
+       },
+       L"<a x=\"&amp;&apos;&quot;\">&#xE9;&#x41;</a>",
+       L"<a x=\"&amp;&apos;&quot;\">&#xE9;&#x41;</a>"},
+      {"cdata and comments are not escaped",
+       [](Element& a) {
+         a.Add(new CData(a, L"<&>"));
+         a.Add(new Comment(a, L"<&>"));
+       },
+       L"<a>\n  <![CDATA[<&>]]>\n  <!--<&>-->\n</a>", L"<a><![CDATA[<&>]]><!--<&>--></a>"},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.label);
+    EXPECT_EQ(c.formatted, RootText(c.build));
+    EXPECT_EQ(c.compact, RootText(c.build, GenerateContext::COMPACT));
+  }
+}
+
+TEST(GeneratorTest, EscapesEveryOccurrence) {
+  Element a(L"a");
+  a.AddText(L"a<b & \"c\">'");
+  TString out;
+  GenerateContext context(out, nullptr, GenerateContext::COMPACT);
+  a.GenerateXML(context);
+  EXPECT_EQ(L"<a>a&lt;b &amp; &quot;c&quot;&gt;&apos;</a>", out);
+}
+
+TEST(GeneratorTest, ContextBasics) {
+  // An element generated on its own with a fresh formatted context starts on a new line.
+  Element a(L"a");
+  TString out = L"prefix";
+  GenerateContext context(out, L"\t", 0);
+  a.AddElementInto(L"b");
+  a.GenerateXML(context);
+  EXPECT_EQ(L"prefix\n<a>\n\t<b/>\n</a>", out);
+
+  // Documents append, and never write a standalone part.
+  Document document(L"r");
+  TString appended = L"x";
+  document.GenerateXML(appended);
+  EXPECT_EQ(L"x" + kDeclaration + L"<r/>", appended);
+
+  // Assignment copies the other's text into this context's own string.
+  TString first = L"1", second = L"2";
+  GenerateContext one(first, nullptr, 0), two(second, nullptr, 0);
+  one = two;
+  EXPECT_EQ(L"2", first);
+  one.Write(L"+");
+  EXPECT_EQ(L"2+", first);
+  EXPECT_EQ(L"2", second);
+}
+
+TEST(GeneratorTest, Int2Chars) {
+  struct Case {
+    int value;
+    const wchar_t* text;
+  };
+  const Case cases[] = {{65, L"41"},         {233, L"E9"}, {0x10FFFF, L"10FFFF"},
+                        {0x7FFFFFFF, L"7FFFFFFF"}, {0, L""},    {-5, L""}};
+  for (const Case& c : cases) {
+    wchar_t buffer[10];
+    EXPECT_EQ(TString(c.text), Int2Chars(c.value, buffer, sizeof(buffer))) << c.value;
+  }
+}
+
+}  // namespace

@@ -1,0 +1,51 @@
+// Document.h: a whole XML document: the values of its XML declaration and its children, the
+// root element among them. Whoever creates or parses a document owns it.
+#pragma once
+
+#include "xmlparser/Dtd.h"
+#include "xmlparser/Node.h"
+
+namespace Xml {
+
+class Element;
+
+class Document : public NodeContainer {
+ public:
+  // Version "1.0", encoding "UTF-16", standalone, no root.
+  Document();
+  // The same, with a new element `rootName` as the root and first child.
+  explicit Document(const wchar_t* rootName);
+  ~Document() override;
+
+  TString GetData() const override;  // always empty
+  // The children's values concatenated, white space normalised and trimmed.
+  TString GetValue() const override;
+  bool IsKindOf(int kind) const override;
+  // Documents have no parent: `parent` is ignored and the result is Clone().
+  Node& CloneNode(NodeContainer& parent) const override;
+  void GenerateXML(GenerateContext& context) const override;
+
+  // A new document with default declaration values and copies of the children. Its root is
+  // not recorded (GetRoot() yields Element::null) although the root's copy is among them.
+  Document& Clone() const;
+
+  // Appends the formatted text of the document, declaration first, to `out`.
+  void GenerateXML(TString& out) const;
+  TString GenerateXML() const;
+
+  // The root element, or Element::null while there is none.
+  Element& GetRoot();
+  const Element& GetRoot() const;
+  const TString& GetVersion() const { return m_strVersion; }
+  const TString& GetEncoding() const { return m_strEncoding; }
+  bool IsStandalone() const { return m_bStandalone; }
+
+ private:
+  TString m_strVersion;
+  TString m_strEncoding;
+  bool m_bStandalone;
+  Element* m_pRoot;  // one of the children, owned through them
+  Dtd m_dtd;
+};
+
+}  // namespace Xml

@@ -1,0 +1,56 @@
+// Reference.h: entity and character references, kept in the tree as written rather than
+// replaced by the character they stand for. Both answer to NODE_REFERENCE.
+#pragma once
+
+#include "xmlparser/Node.h"
+
+namespace Xml {
+
+class Reference : public Node {
+ public:
+  bool IsKindOf(int kind) const override;
+
+ protected:
+  Reference(NodeContainer& parent, const TString& name) : Node(parent, name) {}
+};
+
+// A reference to one of the five predefined entities (lt, gt, amp, apos, quot).
+class EntityRef : public Reference {
+ public:
+  // An unknown name leaves the character 0.
+  EntityRef(NodeContainer& parent, const TString& name);
+  // Throws InvalidRefException carrying `name` when the name is unknown.
+  explicit EntityRef(const TString& name);
+
+  TString GetData() const override { return TString(1, m_cChar); }
+  TString GetValue() const override { return TString(1, m_cChar); }
+  Node& CloneNode(NodeContainer& parent) const override;
+  void GenerateXML(GenerateContext& context) const override;
+
+  EntityRef& Clone(NodeContainer& parent) const;
+  // The character the entity stands for; 0 while the name is unknown.
+  wchar_t GetChar() const { return m_cChar; }
+
+ private:
+  wchar_t m_cChar;
+};
+
+// A numeric character reference; its name is empty.
+class CharRef : public Reference {
+ public:
+  CharRef(NodeContainer& parent, int code);
+  explicit CharRef(int code);
+
+  TString GetData() const override { return TString(1, static_cast<wchar_t>(m_nCode)); }
+  TString GetValue() const override { return TString(1, static_cast<wchar_t>(m_nCode)); }
+  Node& CloneNode(NodeContainer& parent) const override;
+  void GenerateXML(GenerateContext& context) const override;
+
+  CharRef& Clone(NodeContainer& parent) const;
+  int GetCode() const { return m_nCode; }
+
+ private:
+  int m_nCode;
+};
+
+}  // namespace Xml
