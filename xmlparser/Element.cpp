@@ -134,8 +134,7 @@ Element& Element::InsertSibling(const wchar_t* name, bool before) {
   NodeContainer& parent = GetParent();
   if (IsNullObject(*this) || IsNullObject(parent)) return Element::null;
   Element* element = new Element(parent, name);
-  bool inserted =
-      before ? parent.InsertBefore(*this, element) : parent.InsertAfter(*this, element);
+  bool inserted = before ? parent.InsertBefore(*this, element) : parent.InsertAfter(*this, element);
   if (inserted) return *element;
   delete element;
   return Element::null;

@@ -105,7 +105,8 @@ wchar_t* Int2Chars(int value, wchar_t* buffer, int size) {
   static const wchar_t digits[] = L"0123456789ABCDEF";
   wchar_t* first = buffer + size / static_cast<int>(sizeof(wchar_t)) - 1;
   *first = 0;
-  for (unsigned int rest = value > 0 ? value : 0; rest > 0; rest >>= 4) *--first = digits[rest & 15];
+  for (unsigned int rest = value > 0 ? value : 0; rest > 0; rest >>= 4)
+    *--first = digits[rest & 15];
   return first;
 }
 

@@ -65,7 +65,9 @@ NodeContainer::NodeContainer(NodeContainer& parent, const TString& name) : Node(
 
 NodeContainer::~NodeContainer() { DestroyNodes(m_children); }
 
-bool NodeContainer::FindChild(int kind, iterator& pos) { return FindFrom(pos, end(), KindIs(kind)); }
+bool NodeContainer::FindChild(int kind, iterator& pos) {
+  return FindFrom(pos, end(), KindIs(kind));
+}
 bool NodeContainer::FindChild(int kind, const_iterator& pos) const {
   return FindFrom(pos, end(), KindIs(kind));
 }

@@ -1,8 +1,8 @@
 // A chain of a million nested elements must not reach the machine stack in any operation that
 // walks the tree: destroying, cloning, valuing and generating it.
-#include <memory>
-
 #include <gtest/gtest.h>
+
+#include <memory>
 
 #include "xmlparser/Xml.h"
 
@@ -48,9 +48,10 @@ TEST(DeepTreeTest, MillionLevels) {
 
 TEST(DeepTreeTest, FormattedOutputOfAShallowerChain) {
   std::unique_ptr<Document> document = Chain(3);
-  EXPECT_EQ(L"<?xml version=\"1.0\" encoding=\"UTF-16\"?>\n<e>\n  <e>\n    <e> deepest </e>\n  "
-            L"</e>\n</e>",
-            document->GenerateXML());
+  EXPECT_EQ(
+      L"<?xml version=\"1.0\" encoding=\"UTF-16\"?>\n<e>\n  <e>\n    <e> deepest </e>\n  "
+      L"</e>\n</e>",
+      document->GenerateXML());
 }
 
 }  // namespace

@@ -68,8 +68,8 @@ TEST(GeneratorTest, Layout) {
          a.Add(new Pi(a, L"u", L"d"));
        },
        L"<a>\n  <?t?>\n  <?u d?>\n</a>", L"<a><?t?><?u d?></a>"},
-      {"line feeds inside text are written as they are",
-       [](Element& a) { a.AddText(L"l1\nl2"); }, L"<a>l1\nl2</a>", L"<a>l1\nl2</a>"},
+      {"line feeds inside text are written as they are", [](Element& a) { a.AddText(L"l1\nl2"); },
+       L"<a>l1\nl2</a>", L"<a>l1\nl2</a>"},
       {"references are written by name, not escaped again",
        [](Element& a) {
          Attribute& x = a.CreateAttribute(L"x");
@@ -133,8 +133,8 @@ TEST(GeneratorTest, Int2Chars) {
     int value;
     const wchar_t* text;
   };
-  const Case cases[] = {{65, L"41"},         {233, L"E9"}, {0x10FFFF, L"10FFFF"},
-                        {0x7FFFFFFF, L"7FFFFFFF"}, {0, L""},    {-5, L""}};
+  const Case cases[] = {{65, L"41"}, {233, L"E9"}, {0x10FFFF, L"10FFFF"}, {0x7FFFFFFF, L"7FFFFFFF"},
+                        {0, L""},    {-5, L""}};
   for (const Case& c : cases) {
     wchar_t buffer[10];
     EXPECT_EQ(TString(c.text), Int2Chars(c.value, buffer, sizeof(buffer))) << c.value;

@@ -1,6 +1,6 @@
-#include <memory>
-
 #include <gtest/gtest.h>
+
+#include <memory>
 
 #include "xmlparser/Xml.h"
 
@@ -24,10 +24,14 @@ TEST(NodeTest, EveryClassAnswersOnlyItsOwnKind) {
     int kind;
   };
   const Case cases[] = {
-      {"element", element, NODE_ELEMENT},     {"attribute", attribute, NODE_ATTRIBUTE},
-      {"document", document, NODE_DOCUMENT},  {"text", text, NODE_TEXT},
-      {"cdata", cdata, NODE_CDATA},           {"pi", pi, NODE_PI},
-      {"comment", comment, NODE_COMMENT},     {"entity", entity, NODE_REFERENCE},
+      {"element", element, NODE_ELEMENT},
+      {"attribute", attribute, NODE_ATTRIBUTE},
+      {"document", document, NODE_DOCUMENT},
+      {"text", text, NODE_TEXT},
+      {"cdata", cdata, NODE_CDATA},
+      {"pi", pi, NODE_PI},
+      {"comment", comment, NODE_COMMENT},
+      {"entity", entity, NODE_REFERENCE},
       {"character", character, NODE_REFERENCE},
   };
   for (const Case& c : cases) {
@@ -85,12 +89,24 @@ TEST(NodeTest, EntityReferences) {
 void Fill(NodeContainer& container, std::initializer_list<std::pair<char, const wchar_t*>> items) {
   for (const auto& [kind, text] : items) {
     switch (kind) {
-      case 'T': container.AddText(text); break;
-      case 'C': container.Add(new Comment(container, text)); break;
-      case 'E': container.Add(new EntityRef(container, text)); break;
-      case 'R': container.Add(new CharRef(container, text[0])); break;
-      case 'P': container.Add(new Pi(container, L"t", text)); break;
-      case 'D': container.Add(new CData(container, text)); break;
+      case 'T':
+        container.AddText(text);
+        break;
+      case 'C':
+        container.Add(new Comment(container, text));
+        break;
+      case 'E':
+        container.Add(new EntityRef(container, text));
+        break;
+      case 'R':
+        container.Add(new CharRef(container, text[0]));
+        break;
+      case 'P':
+        container.Add(new Pi(container, L"t", text));
+        break;
+      case 'D':
+        container.Add(new CData(container, text));
+        break;
     }
   }
 }
@@ -105,7 +121,10 @@ TEST(NodeTest, ValuesNormaliseAndTrimByContainer) {
   };
   const Case cases[] = {
       {"text and comment", {{'T', L" a  b "}, {'C', L"c"}}, L"a b c", L" a  b c", L"a  b c"},
-      {"references", {{'T', L" x "}, {'E', L"amp"}, {'T', L"  y"}}, L"x & y", L" x &  y",
+      {"references",
+       {{'T', L" x "}, {'E', L"amp"}, {'T', L"  y"}},
+       L"x & y",
+       L" x &  y",
        L"x &  y"},
       {"pi and cdata", {{'P', L"p"}, {'D', L"\t d\r\n"}}, L"p d", L"p\t d\r\n", L"p\t d"},
       {"character reference", {{'R', L"A"}, {'T', L"\n"}}, L"A", L"A\n", L"A"},
