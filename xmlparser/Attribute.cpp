@@ -1,12 +1,14 @@
 #include "xmlparser/Attribute.h"
 
 #include <memory>
+#include <utility>
 
 #include "xmlparser/Private.h"
 
 namespace Xml {
 
-Attribute::Attribute(NodeContainer& parent, const TString& name) : NodeContainer(parent, name) {}
+Attribute::Attribute(NodeContainer& parent, TString name)
+    : NodeContainer(parent, std::move(name)) {}
 
 TString Attribute::GetData() const { return GetValue(); }
 

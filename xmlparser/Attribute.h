@@ -6,12 +6,15 @@
 
 namespace Xml {
 
+class Element;
+class Parser;
+
 class Attribute : public NodeContainer {
  public:
   // The failed attribute lookup: no children, so its value is empty.
   static Attribute null;
 
-  Attribute(NodeContainer& parent, const TString& name);
+  Attribute(NodeContainer& parent, TString name);
 
   TString GetData() const override;  // the same as GetValue()
   // The children's values concatenated, leading and trailing white space trimmed; inner runs
@@ -22,6 +25,12 @@ class Attribute : public NodeContainer {
   void GenerateXML(GenerateContext& context) const override;
 
   Attribute& Clone(NodeContainer& parent) const;
+
+  // name "=" quoted value (errors 3 and 4); null when no name stands here.
+  static Attribute* Parse(Parser& parser, Element& element);
+  // A quoted value into this attribute's children: text runs and references. False when no
+  // quote stands here.
+  bool ParseAttValue(Parser& parser);
 };
 
 }  // namespace Xml

@@ -6,10 +6,12 @@
 
 namespace Xml {
 
+class Parser;
+
 class Text : public Node {
  public:
-  Text(NodeContainer& parent, const TString& text);
-  explicit Text(const TString& text);
+  Text(NodeContainer& parent, TString text);
+  explicit Text(TString text);
 
   TString GetData() const override { return m_strText; }
   TString GetValue() const override { return m_strText; }
@@ -28,8 +30,11 @@ class CData : public Node {
  public:
   static CData null;
 
-  CData(NodeContainer& parent, const TString& text);
-  explicit CData(const TString& text);
+  CData(NodeContainer& parent, TString text);
+  explicit CData(TString text);
+
+  // "<![CDATA[" text "]]>"; null when no section starts here.
+  static CData* Parse(Parser& parser, NodeContainer& parent);
 
   TString GetData() const override { return m_strText; }
   TString GetValue() const override { return m_strText; }
@@ -48,8 +53,11 @@ class Comment : public Node {
  public:
   static Comment null;
 
-  Comment(NodeContainer& parent, const TString& text);
-  explicit Comment(const TString& text);
+  Comment(NodeContainer& parent, TString text);
+  explicit Comment(TString text);
+
+  // "<!--" text "-->"; null when no comment starts here.
+  static Comment* Parse(Parser& parser, NodeContainer& parent);
 
   TString GetData() const override { return m_strText; }
   TString GetValue() const override { return m_strText; }
@@ -70,8 +78,13 @@ class Pi : public Node {
  public:
   static Pi null;
 
-  Pi(NodeContainer& parent, const TString& target, const TString& data);
-  Pi(const TString& target, const TString& data);
+  Pi(NodeContainer& parent, TString target, TString data);
+  Pi(TString target, TString data);
+
+  // "<?" target, data "?>"; null when no processing instruction starts here.
+  static Pi* Parse(Parser& parser, NodeContainer& parent);
+  // A name that is not "xml" in any mix of cases (error 25).
+  static bool ParsePITarget(Parser& parser, TString& target);
 
   TString GetData() const override { return m_strData; }
   TString GetValue() const override { return m_strData; }

@@ -8,6 +8,7 @@
 namespace Xml {
 
 class Element;
+class Parser;
 
 class Document : public NodeContainer {
  public:
@@ -39,6 +40,24 @@ class Document : public NodeContainer {
   const TString& GetVersion() const { return m_strVersion; }
   const TString& GetEncoding() const { return m_strEncoding; }
   bool IsStandalone() const { return m_bStandalone; }
+
+  // The grammar of the document level. Parse makes the document and runs the rest: prolog,
+  // root element, then comments, processing instructions and white space up to the end.
+  static Document* Parse(Parser& parser);
+  bool ParseProlog(Parser& parser);
+  // "<?xml" at the very start, with version, then optional encoding and standalone, in that
+  // order; false when the text does not begin with "<?xml".
+  bool ParseXMLDecl(Parser& parser);
+  bool ParseVersionInfo(Parser& parser, TString& version);
+  bool ParseVersionNum(Parser& parser, TString& version);
+  bool ParseEncodingDecl(Parser& parser, TString& encoding);
+  bool ParseEncName(Parser& parser, TString& encoding);
+  bool ParseSDDecl(Parser& parser, bool& standalone);
+  // A comment, processing instruction or white space: true when something was consumed.
+  bool ParseMisc(Parser& parser);
+  void ParseMiscs(Parser& parser);
+  // The root element (error 16 when there is none), recorded and added.
+  void ParseRootElement(Parser& parser);
 
  private:
   TString m_strVersion;

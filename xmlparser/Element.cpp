@@ -25,10 +25,10 @@ const T& As(const N& node) {
 
 }  // namespace
 
-Element::Element(NodeContainer& parent, const TString& name)
-    : NodeContainer(parent, name), m_bPreserveSpaces(false) {}
+Element::Element(NodeContainer& parent, TString name)
+    : NodeContainer(parent, std::move(name)), m_bPreserveSpaces(false) {}
 
-Element::Element(const TString& name) : Element(Node::null, name) {}
+Element::Element(TString name) : Element(Node::null, std::move(name)) {}
 
 Element::~Element() {
   Children attributes(m_attributes.begin(), m_attributes.end());

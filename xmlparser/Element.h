@@ -2,6 +2,7 @@
 // operations that create elements and attributes. A null object refuses every creation.
 #pragma once
 
+#include <memory>
 #include <vector>
 
 #include "xmlparser/Node.h"
@@ -11,6 +12,7 @@ namespace Xml {
 class Attribute;
 class CData;
 class Comment;
+class Parser;
 class Pi;
 
 class Element : public NodeContainer {
@@ -18,8 +20,8 @@ class Element : public NodeContainer {
   // The failed element lookup, the parent of every parentless node, and its own parent.
   static Element null;
 
-  Element(NodeContainer& parent, const TString& name);
-  explicit Element(const TString& name);
+  Element(NodeContainer& parent, TString name);
+  explicit Element(TString name);
   // Destroys the attributes, in order, then the children.
   ~Element() override;
 
@@ -83,6 +85,27 @@ class Element : public NodeContainer {
   // A copy of `node`, made with this element as parent and appended as the last child.
   template <class T>
   T& AddInto(const T& node);
+
+  // The grammar of elements. Elements nested in the one being read are held in an explicit
+  // stack of open elements, innermost last, rather than in recursion, so that the depth of a
+  // document never reaches the machine stack; each is linked into its parent when its end tag
+  // has been read.
+  typedef std::vector<std::unique_ptr<Element>> OpenElements;
+
+  // A whole element, content and end tag included; null when no "<" stands here.
+  static Element* Parse(Parser& parser, NodeContainer& parent);
+  // "<", the name and the attributes, up to ">" (`isEmpty` false) or "/>" (true); null when no
+  // "<" stands here.
+  static Element* ParseTagBegining(Parser& parser, bool& isEmpty, NodeContainer& parent);
+  // The content up to and including the end tag; true when the end tag was read.
+  bool ParseContentETag(Parser& parser);
+  // The markup at a "<" inside this element: true when it was this element's end tag. A child
+  // element with content is pushed onto `open` for the content loop to read.
+  bool ParseMarkup(Parser& parser, OpenElements& open);
+  bool ParseETag(Parser& parser);
+  void ParseReference(Parser& parser);
+  // xml:space="preserve" switches normalisation of this element's value off.
+  void HandleSpecialAttributes(const Attribute* attribute);
 
  private:
   friend class NodeContainer;  // destroys attributes from its work list

@@ -2,6 +2,7 @@
 
 #include <memory>
 #include <typeinfo>
+#include <utility>
 
 #include "xmlparser/Attribute.h"
 #include "xmlparser/CharacterData.h"
@@ -48,7 +49,7 @@ Node& OrNull(Node* found) { return found != nullptr ? *found : Node::null; }
 
 }  // namespace
 
-Node::Node(NodeContainer& parent, const TString& name) : m_strName(name), m_parent(parent) {}
+Node::Node(NodeContainer& parent, TString name) : m_strName(std::move(name)), m_parent(parent) {}
 
 Node::~Node() = default;
 
@@ -61,7 +62,7 @@ bool IsNullObject(const Node& node) {
          &node == &Pi::null || &node == &CData::null;
 }
 
-NodeContainer::NodeContainer(NodeContainer& parent, const TString& name) : Node(parent, name) {}
+NodeContainer::NodeContainer(NodeContainer& parent, TString name) : Node(parent, std::move(name)) {}
 
 NodeContainer::~NodeContainer() { DestroyNodes(m_children); }
 

@@ -8,6 +8,7 @@
 
 namespace Xml {
 
+class Bookmark;
 class GenerateContext;
 class NodeContainer;
 
@@ -50,7 +51,7 @@ class Node {
   void Delete();
 
  protected:
-  Node(NodeContainer& parent, const TString& name);
+  Node(NodeContainer& parent, TString name);
 
  private:
   TString m_strName;
@@ -104,6 +105,10 @@ class NodeContainer : public Node {
   void Add(Node* node);
   // Appends a new Text child, also when `text` is empty or the last child is text already.
   void AddText(const TString& text);
+  // The parser's way of adding text: the run from `bookmark` to the parser's position, less
+  // its last `trim` characters, as a new Text child (also when empty); the bookmark then moves
+  // to the parser's position.
+  void AddText(Bookmark& bookmark, int trim);
   // Inserts `node` just before (after) `reference` and takes ownership, returning true. When
   // `reference` is not a child nothing happens, false is returned and the caller keeps `node`.
   bool InsertBefore(const Node& reference, Node* node);
@@ -120,7 +125,7 @@ class NodeContainer : public Node {
   void CloneChildren(NodeContainer& target) const;
 
  protected:
-  NodeContainer(NodeContainer& parent, const TString& name);
+  NodeContainer(NodeContainer& parent, TString name);
 
   // Destroys `nodes` and everything they hold, one node at a time from a work list, so that
   // the depth of a tree never reaches the machine stack. Leaves `nodes` empty.

@@ -9,12 +9,26 @@ namespace Xml {
 
 class GenerateContext;
 class NodeContainer;
+class Parser;
 
 namespace Private {
 
 // The white space of XML values: space, tab, carriage return, line feed.
 extern const wchar_t s_spaces[];
 inline bool IsSpace(wchar_t c) { return c == L' ' || c == L'\t' || c == L'\r' || c == L'\n'; }
+
+// Characters that may stand in a document: tab, line feed, carriage return, or any value from
+// 32 up read as a signed 32-bit number (so a value with the top bit set is illegal).
+inline bool IsLegal(wchar_t c) {
+  return static_cast<int>(c) >= 32 || c == L'\t' || c == L'\n' || c == L'\r';
+}
+
+// Reads a run whose first character passes `isFirst` and the rest `isRest`. Returns false, with
+// nothing consumed, when the first character does not pass. ParseRun also cuts the run out into
+// `out`; SkipName reads a name without cutting it.
+bool SkipRun(Parser& parser, bool (*isFirst)(wchar_t), bool (*isRest)(wchar_t));
+bool ParseRun(Parser& parser, bool (*isFirst)(wchar_t), bool (*isRest)(wchar_t), TString& out);
+bool SkipName(Parser& parser);
 
 // Replaces every maximal run of white space, a trailing one included, by one space.
 void NormalizeWhiteSpaces(TString& text);

@@ -15,12 +15,17 @@ wchar_t LookUpEntity(const TString& name) {
 
 }  // namespace
 
+bool EntityRef::MapReferenceName() {
+  m_cChar = LookUpEntity(GetName());
+  return m_cChar != 0;
+}
+
 bool Reference::IsKindOf(int kind) const { return kind == NODE_REFERENCE; }
 
-EntityRef::EntityRef(NodeContainer& parent, const TString& name)
-    : Reference(parent, name), m_cChar(LookUpEntity(name)) {}
+EntityRef::EntityRef(NodeContainer& parent, TString name)
+    : Reference(parent, std::move(name)), m_cChar(LookUpEntity(GetName())) {}
 
-EntityRef::EntityRef(const TString& name) : EntityRef(Node::null, name) {
+EntityRef::EntityRef(const TString& name) : EntityRef(Node::null, TString(name)) {
   if (m_cChar == 0) throw InvalidRefException(name);
 }
 

@@ -1,5 +1,6 @@
 // Xml.h: everything a user of the XML library needs, in namespace Xml: the tree of nodes, its
-// lookups and editing operations, and generation of XML text. Include only this header.
+// lookups and editing operations, the parser that builds it from text, and generation of XML
+// text. Include only this header.
 #pragma once
 
 #include "xmlparser/Attribute.h"
@@ -9,6 +10,8 @@
 #include "xmlparser/Exception.h"
 #include "xmlparser/GenerateContext.h"
 #include "xmlparser/Node.h"
+#include "xmlparser/Parser.h"
+#include "xmlparser/ParsingException.h"
 #include "xmlparser/Reference.h"
 #include "xmlparser/TString.h"
 #include "xmlparser/Value.h"

@@ -1,0 +1,227 @@
+// Whole documents: what each construct becomes, and where each error is reported.
+#include <gtest/gtest.h>
+
+#include "tests/xmlparser/ParseTestSupport.h"
+
+namespace {
+
+using namespace Xml;
+using namespace Xml::Testing;
+
+// A compact picture of a container's children: T"text", &name, #65, E<name>, C"text",
+// D"cdata", P<target>"data".
+TString Picture(const NodeContainer& container) {
+  TString out;
+  for (const Node* child : container) {
+    if (!out.empty()) out += L' ';
+    if (child->IsKindOf(NODE_TEXT)) {
+      out += L"T\"" + child->GetData() + L"\"";
+    } else if (auto* reference = dynamic_cast<const CharRef*>(child)) {
+      out += L"#" + std::to_wstring(reference->GetCode());
+    } else if (child->IsKindOf(NODE_REFERENCE)) {
+      out += L"&" + child->GetName();
+    } else if (child->IsKindOf(NODE_ELEMENT)) {
+      out += L"E<" + child->GetName() + L">";
+    } else if (child->IsKindOf(NODE_COMMENT)) {
+      out += L"C\"" + child->GetData() + L"\"";
+    } else if (child->IsKindOf(NODE_CDATA)) {
+      out += L"D\"" + child->GetData() + L"\"";
+    } else if (child->IsKindOf(NODE_PI)) {
+      out += L"P<" + child->GetName() + L">\"" + child->GetData() + L"\"";
+    }
+  }
+  return out;
+}
+
+TEST(ContentParsingTest, WhatEachConstructBecomes) {
+  struct Case {
+    const wchar_t* text;
+    const wchar_t* rootChildren;
+  };
+  const Case cases[] = {
+      {L"<a/>", L""},
+      {L"<a></a>", L"T\"\""},
+      {L"<a><b/></a>", L"T\"\" E<b> T\"\""},
+      {L"<a>x&amp;y</a>", L"T\"x\" &amp T\"y\""},
+      {L"<a>&#65;&#x42;</a>", L"T\"\" #65 T\"\" #66 T\"\""},
+      {L"<a>&#9;&#10;&#13;&#x10FFFF;</a>", L"T\"\" #9 T\"\" #10 T\"\" #13 T\"\" #1114111 T\"\""},
+      {L"<a>]]</a>", L"T\"]]\""},
+      {L"<a>]x]></a>", L"T\"]x]>\""},
+      {L"<a><?t?></a>", L"T\"\" P<t>\"\" T\"\""},
+      {L"<a><?t  x y ?></a>", L"T\"\" P<t>\"x y \" T\"\""},
+      {L"<a><!----></a>", L"T\"\" C\"\" T\"\""},
+      {L"<a><![CDATA[<&]]]></a>", L"T\"\" D\"<&]\" T\"\""},
+      {L"<a>l1\r\nl2\rl3</a>", L"T\"l1\r\nl2\rl3\""},
+      {L"<a></a >", L"T\"\""},
+      {L"<a >\t<b\n/></a>", L"T\"\t\" E<b> T\"\""},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(testing::Message() << "text #" << (&c - cases));
+    std::unique_ptr<Document> document = ParseText(c.text);
+    ASSERT_EQ(1u, document->GetChildCount());
+    EXPECT_EQ(&document->GetChild(0), &document->GetRoot());
+    EXPECT_EQ(L"a", document->GetRoot().GetName());
+    EXPECT_EQ(c.rootChildren, Picture(document->GetRoot()));
+  }
+}
+
+TEST(ContentParsingTest, Attributes) {
+  std::unique_ptr<Document> document =
+      ParseText(L"<a x=\"1\" x='2' y = \"a&lt;'&#x41;\r\nb\" z=''/>");
+  const Element& a = document->GetRoot();
+  ASSERT_EQ(4u, a.GetAttributeCount());
+  EXPECT_EQ(L"1", a.GetAttribute(0ul).GetValue());  // duplicates stay, in order
+  EXPECT_EQ(L"2", a.GetAttribute(1ul).GetValue());
+  EXPECT_EQ(L"T\"a\" &lt T\"'\" #65 T\"\r\nb\"", Picture(a.GetAttribute(L"y")));
+  EXPECT_EQ(L"T\"\"", Picture(a.GetAttribute(L"z")));
+  EXPECT_EQ(&a, &a.GetAttribute(L"y").GetParent());
+}
+
+TEST(ContentParsingTest, PreserveSpaces) {
+  struct Case {
+    const wchar_t* text;
+    bool preserves;
+  };
+  const Case cases[] = {
+      {L"<a xml:space=' preserve '/>", true},
+      {L"<a xml:space='Preserve'/>", false},
+      {L"<a xml:space='default'/>", false},
+      {L"<a xml:space='default' xml:space='preserve'/>", true},
+      {L"<a xml:space='preserve' xml:space='x'/>", false},
+      {L"<a space='preserve'/>", false},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(testing::Message() << "text #" << (&c - cases));
+    EXPECT_EQ(c.preserves, ParseText(c.text)->GetRoot().PreservesSpaces());
+  }
+  // The flag is not passed on to children.
+  std::unique_ptr<Document> nested = ParseText(L"<a xml:space='preserve'><b> x  y </b></a>");
+  EXPECT_EQ(L"x y", nested->GetRoot().GetElement(L"b", 0).GetValue());
+}
+
+TEST(ContentParsingTest, DocumentLevel) {
+  std::unique_ptr<Document> plain = ParseText(L"<a/>");
+  EXPECT_EQ(L"1.0", plain->GetVersion());
+  EXPECT_EQ(L"UTF-16", plain->GetEncoding());
+  EXPECT_TRUE(plain->IsStandalone());
+
+  std::unique_ptr<Document> declared = ParseText(
+      L"<?xml version='1.1' encoding=\"ISO-8859-1\" standalone='no' ?>\n"
+      L"<!--before--><?pi data?>\n<!DOCTYPE a>\n<a/>\n<!--after--> <?end?>\n");
+  EXPECT_EQ(L"1.1", declared->GetVersion());
+  EXPECT_EQ(L"ISO-8859-1", declared->GetEncoding());
+  EXPECT_FALSE(declared->IsStandalone());
+  EXPECT_EQ(L"C\"before\" P<pi>\"data\" E<a> C\"after\" P<end>\"\"", Picture(*declared));
+
+  EXPECT_EQ(L"E<a>", Picture(*ParseText(TString(L"<a/>\0<b/>", 9))));  // NUL ends the text
+  EXPECT_EQ(L"P<xml-stylesheet>\"x\" E<a>",
+            Picture(*ParseText(L"<?xml version='1.0'?><?xml-stylesheet x?><a/>")));
+}
+
+TEST(ContentParsingTest, ErrorsWithTheirPositions) {
+  struct Case {
+    const wchar_t* text;
+    Outcome expected;
+  };
+  const Case cases[] = {
+      {L"", {16, 1, 1}},
+      {L"  \n ", {16, 2, 1}},
+      {L"\uFEFF<a/>", {16, 1, 1}},
+      {L"<a>", {1, 1, 4}},
+      {L"<a x=\"abc", {1, 1, 10}},
+      {L"<a>\x01</a>", {2, 1, 5}},
+      {L"<a x='\x02'/>", {2, 1, 8}},
+      {L"<a>&#0;</a>", {2, 1, 8}},
+      {L"<a>&#31;</a>", {2, 1, 9}},
+      {L"<!-- abc", {2, 1, 9}},
+      {L"<a><![CDATA[x]></a>", {2, 1, 20}},
+      {L"<a><?t x</a>", {2, 1, 13}},
+      {L"<a x/>", {3, 1, 5}},
+      {L"<a x=1/>", {4, 1, 6}},
+      {L"<a x=\"<\"/>", {5, 1, 8}},
+      {L"<a>&#65</a>", {6, 1, 8}},
+      {L"<a>&;</a>", {6, 1, 5}},
+      {L"<a>& x;</a>", {6, 1, 5}},
+      {L"<a>&#x;</a>", {7, 1, 8}},
+      {L"<a>&#X41;</a>", {8, 1, 7}},
+      {L"<a>&nbsp;</a>", {9, 1, 10}},
+      {L"<a>&AMP;</a>", {9, 1, 9}},
+      {L"<a></ a>", {10, 1, 6}},
+      {L"< a/>", {10, 1, 2}},
+      {L"<a><!DOCTYPE x></a>", {10, 1, 5}},
+      {L"<a/ >", {11, 1, 5}},
+      {L"<a x=\"1\"y=\"2\"/>", {12, 1, 10}},
+      {L"<a></a x>", {12, 1, 8}},
+      {L"<a></b>", {13, 1, 7}},
+      {L"<a>\r\n<b>\n</c>", {13, 3, 3}},
+      {L"<a>\rx&;</a>", {6, 2, 2}},
+      {L"<a>]]></a>", {15, 1, 7}},
+      {L"<?xml version='1.0\"?><a/>", {17, 1, 20}},
+      {L"<?xml?><a/>", {17, 1, 6}},
+      {L"<?xml-stylesheet?><a/>", {17, 1, 6}},
+      {L"<?xml version='1.0' x?><a/>", {18, 1, 21}},
+      {L"<?xml version='1.0' standalone='no' encoding='a'?><a/>", {18, 1, 37}},
+      {L"<?xml version='1.0' encoding=x?><a/>", {19, 1, 31}},
+      {L"<?xml version='1.0' encoding='8bit'?><a/>", {20, 1, 31}},
+      {L"<?xml version='1.0' standalone=yes?><a/>", {21, 1, 33}},
+      {L"<?xml version='1.0' standalone='maybe'?><a/>", {22, 1, 33}},
+      {L"<!-- a -- b --><a/>", {23, 1, 10}},
+      {L"<a><? x?></a>", {24, 1, 6}},
+      {L" <?xml version='1.0'?><a/>", {25, 1, 7}},
+      {L"<?XML version='1.0'?><a/>", {25, 1, 6}},
+      {L"<a/><b/>", {43, 1, 6}},
+      {L"<a/>x", {43, 1, 6}},
+      {L"<a/>\n<!DOCTYPE a>", {43, 2, 1}},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(testing::Message() << "text #" << (&c - cases));
+    EXPECT_EQ(c.expected, ParseOutcome(c.text));
+  }
+}
+
+TEST(ContentParsingTest, EveryProperPrefixIsRejected) {
+  const TString whole =
+      L"<?xml version=\"1.0\"?><!--c--><setting set=\"Daubery\" a='&amp;&#65;'>"
+      L"t<![CDATA[x]]><?p d?><e/></setting>";
+  ASSERT_NO_THROW(ParseText(whole));
+  for (size_t n = 0; n < whole.size(); ++n) {
+    EXPECT_THROW(ParseText(whole.substr(0, n)), ParsingException) << n;
+  }
+}
+
+TEST(ContentParsingTest, GeneratedTextParsesBackToTheSameTree) {
+  const TString text =
+      L"<r a=\"x&amp;&lt;&quot;y\"><e>t &amp; u</e><![CDATA[raw <>]]><!--c--><?p d?><e/></r>";
+  std::unique_ptr<Document> first = ParseText(text);
+  TString compact;
+  GenerateContext context(compact, nullptr, GenerateContext::COMPACT);
+  first->GenerateXML(context);
+  std::unique_ptr<Document> second = ParseText(compact);
+  EXPECT_EQ(Picture(first->GetRoot()), Picture(second->GetRoot()));
+  EXPECT_EQ(first->GetRoot().GetAttribute(L"a").GetValue(),
+            second->GetRoot().GetAttribute(L"a").GetValue());
+}
+
+TEST(ContentParsingTest, MillionLevelsDeep) {
+  const int depth = 1000000;
+  TString text;
+  text.reserve(depth * 7);
+  for (int i = 0; i < depth; ++i) text += L"<e>";
+  const size_t middle = text.size();
+  for (int i = 0; i < depth; ++i) text += L"</e>";
+
+  std::unique_ptr<Document> document = ParseText(text);
+  const Element* element = &document->GetRoot();
+  int levels = 1;
+  while (element->GetChildCount() == 3) {
+    element = &static_cast<const Element&>(element->GetChild(1));
+    ++levels;
+  }
+  EXPECT_EQ(depth, levels);
+  document.reset();
+
+  EXPECT_EQ((Outcome{PARSE_UNEXPECTED_END, 1, static_cast<int>(middle) + 1}),
+            ParseOutcome(text.substr(0, middle)));
+}
+
+}  // namespace

@@ -1,0 +1,128 @@
+// Parser.h: the XML parser's reader and its primitives. The parser reads a caller's buffer of
+// wide characters in place, one character at a time, counting lines and columns; the grammar
+// routines that build the tree are members of the node classes and move only through these.
+#pragma once
+
+#include "xmlparser/ParsingException.h"
+#include "xmlparser/TString.h"
+
+namespace Xml {
+
+class Document;
+
+// Name characters: ASCII letters and digits, '.', '-', '_', ':', the middle dot and the
+// Latin-1 letters. Above U+00FF only the low 8 bits are looked at, so a character is a name
+// character exactly when its low byte is one of those letters or the middle dot (U+0141 is,
+// U+4E2D is not); the names this system looks for are all ASCII.
+bool IsNameChar(wchar_t c);
+
+class Parser {
+ public:
+  Parser();
+  virtual ~Parser();
+
+  // Parses `length` characters of `text` into a new document that the caller owns, or throws
+  // ParsingException with the first error. The text must stay alive during the call only. A
+  // negative length counts as an empty text.
+  Document* Parse(const wchar_t* text, int length);
+
+  // The next character, with any line end (CR LF, LF or a lone CR) read as one line feed; 0
+  // at the end of the text, every time, and for a NUL character in it.
+  wchar_t NextChar();
+  // Steps back over the character last read. Exact for one step only; after the end has been
+  // read it changes nothing.
+  void PreviousChar();
+  // Throws ParsingException with `error` at the current line and column.
+  [[noreturn]] void SyntaxError(PARSER_ERROR error);
+
+  // The recognisers: true when the construct was read. On false the position, line and
+  // column are as before the call, except where noted.
+  bool ParseSpaces();  // one or more of space, tab, line end
+  bool ParseChar(wchar_t c);
+  bool ParseEq();  // optional white space, "=", optional white space
+  bool ParseString(const wchar_t* s);
+  bool ParseStringNoCase(const wchar_t* s);  // ASCII letters compared without case
+  // White space, `keyword` and "=", as in a pseudo-attribute of the XML declaration; raises
+  // error 3 when the keyword is not followed by "=".
+  bool ParseDeclBegining(const wchar_t* keyword);
+  // A decimal (hexadecimal) number, wrapping silently beyond 32 bits. On false the character
+  // that is not a digit stays consumed.
+  bool ParseNumber(int& value);
+  bool ParseHexNumber(int& value);
+  bool ParseName(TString& name);      // a name starts with a letter, '_' or ':'
+  bool ParseNmtoken(TString& token);  // name characters only
+
+  const wchar_t* m_pBegin;
+  // The next character to read; one past m_pEnd once the end has been read.
+  const wchar_t* m_pCurrent;
+  const wchar_t* m_pEnd;
+  int m_nLine;
+  // On the first line one more than the characters read on it; on later lines equal to them.
+  int m_nColumn;
+  int m_nPrevColumn;  // the column before the last character read, for stepping back
+};
+
+// A saved reading position of one parser: a plain value on the stack of the routine using it.
+class Bookmark {
+ public:
+  explicit Bookmark(Parser& parser);
+
+  // Sets the parser's position, line and column back to the saved ones.
+  void Restore();
+  // Moves the bookmark to the parser's current position.
+  void Reset();
+  // The text from the bookmark to the parser's position, without its last `trim` characters
+  // and never beyond the end of the text.
+  void GetSubString(TString& out, int trim) const;
+
+ private:
+  Parser& m_parser;
+  const wchar_t* m_pPosition;
+  int m_nLine;
+  int m_nColumn;
+};
+
+// Reading a character sits on the path of every character of every document.
+inline wchar_t Parser::NextChar() {
+  if (m_pCurrent >= m_pEnd) {
+    m_pCurrent = m_pEnd + 1;
+    return 0;
+  }
+  wchar_t c = *m_pCurrent++;
+  if (c == L'\r') {
+    if (m_pCurrent < m_pEnd && *m_pCurrent == L'\n') ++m_pCurrent;
+    c = L'\n';
+  }
+  m_nPrevColumn = m_nColumn;
+  if (c == L'\n') {
+    ++m_nLine;
+    m_nColumn = 0;
+  } else {
+    ++m_nColumn;
+  }
+  return c;
+}
+
+inline void Parser::PreviousChar() {
+  if (m_pCurrent > m_pEnd) return;
+  if (m_pCurrent == m_pBegin) {
+    m_nLine = m_nColumn = m_nPrevColumn = 1;
+    return;
+  }
+  --m_pCurrent;
+  if (*m_pCurrent == L'\n') {
+    if (m_pCurrent > m_pBegin && m_pCurrent[-1] == L'\r') --m_pCurrent;
+    --m_nLine;
+  } else if (*m_pCurrent == L'\r') {
+    --m_nLine;
+  }
+  m_nColumn = m_nPrevColumn;
+}
+
+inline bool Parser::ParseChar(wchar_t c) {
+  if (NextChar() == c) return true;
+  PreviousChar();
+  return false;
+}
+
+}  // namespace Xml
