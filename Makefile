@@ -8,11 +8,17 @@ JOBS       ?= $(shell nproc)
 
 # Debian packages, by what needs them.
 BUILD_PACKAGES := cmake make g++ pkg-config libgtest-dev libboost-dev
+BENCH_PACKAGES := libbenchmark-dev
+FUZZ_PACKAGES  := clang libclang-rt-14-dev
+
+# Seconds each fuzz target runs in `make fuzz`; seeds come from the conformance corpus.
+FUZZ_SECONDS ?= 60
+FUZZ_SEEDS   ?= ../shared/xmlconf
 
 CMAKE_CONFIGURE = cmake -S . -B $(1) -DCMAKE_BUILD_TYPE=$(2) $(3) >/dev/null
 CTEST = ctest --test-dir $(1) --output-on-failure -j $(JOBS)
 
-.PHONY: all deps build check test asan clean
+.PHONY: all deps build check test asan bench fuzz clean
 
 all: build
 
@@ -33,5 +39,17 @@ asan: deps
 
 check: test asan
 
+bench: deps
+	@scripts/install-packages $(BENCH_PACKAGES)
+	$(call CMAKE_CONFIGURE,build-bench,Release,-DKESTRAIL_BENCH=ON -DKESTRAIL_TESTS=OFF)
+	cmake --build build-bench -j $(JOBS) --target benchmarks
+	cmake --build build-bench --target run-benchmarks
+
+fuzz: deps
+	@scripts/install-packages $(FUZZ_PACKAGES)
+	CC=clang CXX=clang++ $(call CMAKE_CONFIGURE,build-fuzz,RelWithDebInfo,-DKESTRAIL_FUZZ=ON -DKESTRAIL_TESTS=OFF)
+	cmake --build build-fuzz -j $(JOBS) --target fuzzers
+	@scripts/run-fuzzers build-fuzz/fuzz $(FUZZ_SECONDS) $(FUZZ_SEEDS)
+
 clean:
-	rm -rf $(BUILD) $(ASAN_BUILD)
+	rm -rf $(BUILD) $(ASAN_BUILD) build-bench build-fuzz
