@@ -1,0 +1,37 @@
+// TempFolder.h: a fresh folder for one test, removed with everything in it when the test ends,
+// failed or not; and UTF-16 names for the File Manager calls.
+#pragma once
+
+#include <gtest/gtest.h>
+#include <stdlib.h>
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "platform/MacTypes.h"
+
+class TempFolder {
+ public:
+  TempFolder() {
+    std::string pattern = testing::TempDir() + "kestrail-XXXXXX";
+    if (mkdtemp(pattern.data()) != nullptr) m_path = std::filesystem::canonical(pattern).string();
+  }
+  ~TempFolder() {
+    if (!m_path.empty()) std::filesystem::remove_all(m_path);
+  }
+  TempFolder(const TempFolder&) = delete;
+  TempFolder& operator=(const TempFolder&) = delete;
+
+  // Empty when the folder could not be made.
+  const std::string& Path() const { return m_path; }
+  std::string Path(const std::string& name) const { return m_path + "/" + name; }
+  const UInt8* PosixPath() const { return reinterpret_cast<const UInt8*>(m_path.c_str()); }
+
+ private:
+  std::string m_path;
+};
+
+inline std::vector<UniChar> Units(const std::u16string& text) {
+  return std::vector<UniChar>(text.begin(), text.end());
+}
