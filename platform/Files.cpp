@@ -83,6 +83,36 @@ std::string JoinPath(const std::string& folder, const std::string& component) {
   return folder == "/" ? "/" + component : folder + "/" + component;
 }
 
+// The object of a reference given as a folder: dirNFErr when it is gone or is no folder.
+OSErr ResolveFolder(const FSRef* ref, ObjectOnDisk& folder) {
+  const OSErr err = ResolveReference(ref, folder);
+  if (err == fnfErr || (err == noErr && !folder.m_bIsDirectory)) return dirNFErr;
+  return err;
+}
+
+// The path of `name` inside `folder`, after refusing names that are empty, longer than 255
+// units, not valid UTF-16, hold '/' or NUL, or are "." or "..": bdNamErr.
+OSErr ChildPath(const ObjectOnDisk& folder, UniCharCount nameLength, const UniChar* name,
+                std::string& path) {
+  if (nameLength == 0 || nameLength > 255) return bdNamErr;
+  if (name == nullptr) return paramErr;
+  for (UniCharCount i = 0; i < nameLength; ++i)
+    if (name[i] == 0 || name[i] == '/') return bdNamErr;
+  std::string component;
+  if (!EncodeUtf8(name, nameLength, component)) return bdNamErr;
+  if (component == "." || component == "..") return bdNamErr;
+  path = JoinPath(folder.m_strPath, component);
+  return noErr;
+}
+
+// The path of `name` inside the folder `parentRef`.
+OSErr PathInFolder(const FSRef* parentRef, UniCharCount nameLength, const UniChar* name,
+                   std::string& path) {
+  ObjectOnDisk parent;
+  const OSErr err = ResolveFolder(parentRef, parent);
+  return err != noErr ? err : ChildPath(parent, nameLength, name, path);
+}
+
 // Finder information lives in one 32-byte extended attribute: the 16 bytes of FileInfo or
 // FolderInfo, then the 16 of their extended forms, every field big-endian. The widths say how to
 // turn each of the four layouts into host byte order and back.
@@ -159,11 +189,8 @@ OSErr CreateObject(const FSRef* parentRef, UniCharCount nameLength, const UniCha
   if ((whichInfo & ~finder) != 0 || (whichInfo != 0 && catalogInfo == nullptr) ||
       newSpec != nullptr)
     return paramErr;
-  ObjectOnDisk parent;
-  OSErr err = ResolveFolder(parentRef, parent);
-  if (err != noErr) return err;
   std::string path;
-  err = ChildPath(parent, nameLength, name, path);
+  const OSErr err = PathInFolder(parentRef, nameLength, name, path);
   if (err != noErr) return err;
   if (!make(path)) return MacErrorFromErrno(errno);
   int error = whichInfo != 0 ? WriteFinderInfo(path, folder, whichInfo, *catalogInfo) : 0;
@@ -284,25 +311,6 @@ OSErr ResolveReference(const FSRef* ref, ObjectOnDisk& object) {
   return same ? noErr : fnfErr;
 }
 
-OSErr ResolveFolder(const FSRef* ref, ObjectOnDisk& folder) {
-  const OSErr err = ResolveReference(ref, folder);
-  if (err == fnfErr || (err == noErr && !folder.m_bIsDirectory)) return dirNFErr;
-  return err;
-}
-
-OSErr ChildPath(const ObjectOnDisk& folder, UniCharCount nameLength, const UniChar* name,
-                std::string& path) {
-  if (nameLength == 0 || nameLength > 255) return bdNamErr;
-  if (name == nullptr) return paramErr;
-  for (UniCharCount i = 0; i < nameLength; ++i)
-    if (name[i] == 0 || name[i] == '/') return bdNamErr;
-  std::string component;
-  if (!EncodeUtf8(name, nameLength, component)) return bdNamErr;
-  if (component == "." || component == "..") return bdNamErr;
-  path = JoinPath(folder.m_strPath, component);
-  return noErr;
-}
-
 OSErr FSPathMakeRef(const UInt8* path, FSRef* ref, Boolean* isDirectory) {
   if (path == nullptr || ref == nullptr) return paramErr;
   char* resolved = realpath(reinterpret_cast<const char*>(path), nullptr);
@@ -328,13 +336,9 @@ OSErr FSRefMakePath(const FSRef* ref, UInt8* path, UInt32 maxPathSize) {
 OSErr FSMakeFSRefUnicode(const FSRef* parentRef, UniCharCount nameLength, const UniChar* name,
                          TextEncoding, FSRef* newRef) {
   if (newRef == nullptr) return paramErr;
-  ObjectOnDisk parent;
-  OSErr err = ResolveFolder(parentRef, parent);
-  if (err != noErr) return err;
   std::string path;
-  err = ChildPath(parent, nameLength, name, path);
-  if (err != noErr) return err;
-  return ReferToPath(path, newRef);
+  const OSErr err = PathInFolder(parentRef, nameLength, name, path);
+  return err != noErr ? err : ReferToPath(path, newRef);
 }
 
 OSErr FSGetCatalogInfo(const FSRef* ref, FSCatalogInfoBitmap whichInfo, FSCatalogInfo* catalogInfo,

@@ -30,11 +30,3 @@ void MakeReference(const ObjectOnDisk& object, FSRef* ref);
 // The object that `ref` names, checked against the disk: nsvErr for a reference that names
 // nothing, fnfErr when its object is gone or replaced.
 OSErr ResolveReference(const FSRef* ref, ObjectOnDisk& object);
-
-// The same for a reference given as a folder: dirNFErr when it is gone or is no folder.
-OSErr ResolveFolder(const FSRef* ref, ObjectOnDisk& folder);
-
-// The path of `name` inside `folder`, after refusing names that are empty, longer than 255
-// units, not valid UTF-16, hold '/' or NUL, or are "." or "..": bdNamErr.
-OSErr ChildPath(const ObjectOnDisk& folder, UniCharCount nameLength, const UniChar* name,
-                std::string& path);

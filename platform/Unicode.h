@@ -11,7 +11,7 @@
 
 // Replaces `units` with the UTF-16 form of `count` bytes of well-formed UTF-8 and returns true.
 // Ill-formed input anywhere (a stray continuation byte, an overlong form, an encoded surrogate,
-// a value above U+10FFFF, a sequence cut short) returns false with `units` unspecified.
+// a value above U+10FFFF, a sequence cut short) returns false, leaving nothing useful in `units`.
 bool DecodeUtf8(const UInt8* bytes, std::size_t count, std::vector<UniChar>& units);
 
 // Appends the UTF-8 form of `count` units to `bytes`; false for an unpaired surrogate.

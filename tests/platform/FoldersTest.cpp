@@ -2,29 +2,15 @@
 #include <stdlib.h>
 
 #include <filesystem>
-#include <optional>
 #include <string>
 
 #include "platform/Files.h"
+#include "tests/ScopedVariable.h"
 #include "tests/TempFolder.h"
 
 namespace {
 
 namespace fs = std::filesystem;
-
-// Sets an environment variable (or unsets it, for null) until the end of the scope.
-class ScopedVariable {
- public:
-  ScopedVariable(const char* name, const char* value) : m_name(name) {
-    if (const char* old = getenv(name)) m_old = old;
-    value != nullptr ? setenv(name, value, 1) : unsetenv(name);
-  }
-  ~ScopedVariable() { m_old ? setenv(m_name, m_old->c_str(), 1) : unsetenv(m_name); }
-
- private:
-  const char* m_name;
-  std::optional<std::string> m_old;
-};
 
 std::string PathOf(const FSRef& ref) {
   UInt8 path[1024];
@@ -64,19 +50,6 @@ TEST(FSFindFolderTest, ApplicationSupportFollowsTheDesktopBaseDirectory) {
     EXPECT_EQ(noErr, FSFindFolder(c.domain, c.type, kDontCreateFolder, &folder));
     fs::remove_all(temp.Path("home/.local"));
   }
-}
-
-TEST(FSFindFolderTest, FailsWithoutABaseDirectory) {
-  ScopedVariable home("HOME", nullptr);
-  ScopedVariable dataHome("XDG_DATA_HOME", nullptr);
-  FSRef folder;
-  EXPECT_EQ(fnfErr,
-            FSFindFolder(kUserDomain, kApplicationSupportFolderType, kCreateFolder, &folder));
-}
-
-TEST(FSFindFolderTest, UnknownFolderTypeIsNotFound) {
-  FSRef folder;
-  EXPECT_EQ(fnfErr, FSFindFolder(kUserDomain, MakeFourCharCode("pref"), kCreateFolder, &folder));
 }
 
 }  // namespace

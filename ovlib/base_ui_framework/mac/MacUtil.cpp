@@ -84,6 +84,7 @@ int WriteBufferToDiskFile(const OVFileSystemReference& folder, const TString& na
         const ByteCount size = static_cast<ByteCount>(buffer.size());
         ByteCount written = 0;
         const OSErr writeErr = FSWriteFork(fork, fsAtMark, 0, size, buffer.data(), &written);
+        // A buffer of 4 GiB or more does not fit one request; writing part of it is a failure.
         return writeErr == noErr && (written != size || size != buffer.size()) ? ioErr : writeErr;
       });
   return err == noErr ? 0 : -1;

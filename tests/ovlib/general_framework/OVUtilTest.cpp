@@ -83,10 +83,8 @@ TEST(FilenameHasExtensionTest, ComparesTheTextAfterTheLastStop) {
   const Case cases[] = {
       {"last of two stops", L"a.B.f1s", L"f1s", true},
       {"case matters", L"a.B.f1s", L"F1S", false},
-      {"inner extension", L"a.B.f1s", L"B", false},
       {"no stop, empty extension", L"noext", L"", false},
       {"trailing stop, empty extension", L"a.", L"", true},
-      {"longer extension", L"a.f1", L"f1s", false},
   };
   for (const Case& c : cases) {
     SCOPED_TRACE(c.label);
@@ -98,7 +96,7 @@ TEST(OVUtilTest, StringFlavours) {
   EXPECT_EQ(L"abc", ConvertToTString(std::string("abc")));
   EXPECT_EQ(L"", ConvertToTString(std::string("caf\xC3\xA9")));  // not ASCII
   EXPECT_EQ("caf\xC3\xA9", ConvertToCharString(L"caf\u00E9"));
-  EXPECT_EQ(L"x", ConvertToWideCharString(ConvertToTString(std::wstring(L"x"))));
+  EXPECT_EQ("", ConvertToCharString(TString{0xD800}));  // a lone surrogate has no UTF-8 form
   EXPECT_EQ(0x3412, ByteSwap(0x1234));
   EXPECT_EQ(static_cast<short>(0xFF80), ByteSwap(static_cast<short>(0x80FF)));
   EXPECT_EQ(0, checked_fclose(nullptr));
