@@ -1,0 +1,243 @@
+#include "ovlib/general_framework/OVFileSystemReferenceMac.h"
+
+#include <cstring>
+#include <vector>
+
+#include "ovlib/base_ui_framework/mac/MacUtil.h"
+
+namespace {
+
+const char kSource[] = "ovlib/general_framework/OVFileSystemReferenceMac";
+
+// Whether the reference names a folder, for the checks that only report misuse: an invalid
+// reference is no folder, and the operation itself then fails on it.
+bool NamesFolder(const FSRef* ref) {
+  Boolean isDirectory = false;
+  return FSGetFinderInfo(ref, nullptr, nullptr, &isDirectory) == noErr && isDirectory;
+}
+
+// The kind of object for IsFile and IsFolder; a reference that cannot be read is reported under
+// the asking operation's name and line.
+bool ReadKind(const FSRef* ref, const char* operation, unsigned int line, Boolean& isDirectory) {
+  if (FSGetFinderInfo(ref, nullptr, nullptr, &isDirectory) == noErr) return true;
+  OV_AssertFailed(kSource, line, operation);
+  return false;
+}
+
+}  // namespace
+
+OVFileSystemReference::OVFileSystemReference() { std::memset(&m_fsRef, 0, sizeof m_fsRef); }
+
+OVFileSystemReference::OVFileSystemReference(const FSRef& ref) : m_fsRef(ref) {}
+
+OVFileSystemReference::~OVFileSystemReference() {}
+
+int OVFileSystemReference::Delete() const { return FSDeleteObject(&m_fsRef) == noErr ? 0 : -1; }
+
+bool OVFileSystemReference::Exists() const { return FSRefValid(&m_fsRef); }
+
+int OVFileSystemReference::MakeParentReference(OVFileSystemReference& parent) const {
+  return FSGetParentRef(&m_fsRef, parent) == noErr ? 0 : -1;
+}
+
+bool OVFileSystemReference::IsFile() const {
+  Boolean isDirectory;
+  return ReadKind(&m_fsRef, "IsFile", __LINE__, isDirectory) && !isDirectory;
+}
+
+bool OVFileSystemReference::IsFolder() const {
+  Boolean isDirectory;
+  return ReadKind(&m_fsRef, "IsFolder", __LINE__, isDirectory) && isDirectory;
+}
+
+int OVFileSystemReference::SubobjectExists(const TString& name, bool& exists) const {
+  if (!NamesFolder(&m_fsRef)) OV_AssertFailed(kSource, __LINE__, "SubobjectExists");
+  const std::vector<UniChar> units = CreateUniCharVectorFromTString(name);
+  FSRef child;
+  const OSErr err =
+      FSMakeFSRefUnicode(&m_fsRef, units.size(), units.data(), kTextEncodingUnicodeDefault, &child);
+  exists = err == noErr;
+  // A missing child is an answer, not a failure; only other errors become -1.
+  return err == noErr || err == fnfErr ? 0 : -1;
+}
+
+int OVFileSystemReference::CreateDirectory(const TString& name,
+                                           OVFileSystemReference& newFolder) const {
+  if (!NamesFolder(&m_fsRef)) OV_AssertFailed(kSource, __LINE__, "CreateDirectory");
+  const std::vector<UniChar> units = CreateUniCharVectorFromTString(name);
+  const OSErr err = FSCreateDirectoryUnicode(&m_fsRef, units.size(), units.data(), kFSCatInfoNone,
+                                             nullptr, newFolder, nullptr, nullptr);
+  return err == noErr ? 0 : -1;
+}
+
+int OVFileSystemReference::Rename(const TString& newName) {
+  if (NamesFolder(&m_fsRef)) OV_AssertFailed(kSource, __LINE__, "Rename");
+  FSRef parent;
+  if (FSGetParentRef(&m_fsRef, &parent) != noErr) return -1;
+  const std::vector<UniChar> units = CreateUniCharVectorFromTString(newName);
+  FSRef renamed;
+  if (FSMoveRenameObjectUnicode(&m_fsRef, &parent, units.size(), units.data(),
+                                kTextEncodingUnicodeDefault, &renamed) != noErr)
+    return -1;
+  m_fsRef = renamed;
+  return 0;
+}
+
+int OVFileSystemReference::MakeSubobjectReference(const TString& name,
+                                                  OVFileSystemReference& child) const {
+  if (!NamesFolder(&m_fsRef)) OV_AssertFailed(kSource, __LINE__, "MakeSubobjectReference");
+  const std::vector<UniChar> units = CreateUniCharVectorFromTString(name);
+  const OSErr err =
+      FSMakeFSRefUnicode(&m_fsRef, units.size(), units.data(), kTextEncodingUnicodeDefault, child);
+  return err == noErr ? 0 : -1;
+}
+
+int OVFileSystemReference::GetName(TString& name) const {
+  HFSUniStr255 unicodeName;
+  if (FSGetCatalogInfo(&m_fsRef, kFSCatInfoNone, nullptr, &unicodeName, nullptr, nullptr) != noErr)
+    return -1;
+  name = CreateTStringFromUniCharArray(unicodeName.unicode, unicodeName.length);
+  return 0;
+}
+
+int OVFileSystemReference::Copy(const OVFileSystemReference& destinationFolder,
+                                OVFileSystemReference& newFile, bool overwrite) const {
+  HFSUniStr255 dataForkName;
+  if (FSGetDataForkName(&dataForkName) != noErr) return -1;
+  TString name;
+  if (GetName(name) != 0) return -1;
+  OVFileSystemReference existing;
+  if (destinationFolder.MakeSubobjectReference(name, existing) == 0) {
+    // Without overwrite the existing object stays and the copy fails, as a write onto a taken
+    // name does: the caller learns that its file did not arrive.
+    if (!overwrite) return -1;
+    // The source itself, reached again: deleting it would lose the only copy.
+    if (FSCompareFSRefs(existing, *this) == noErr) return -1;
+    if (FSDeleteObject(existing) != noErr) return -1;
+  }
+  const std::vector<UniChar> units = CreateUniCharVectorFromTString(name);
+  const OSErr err = FSCreateTextFileUnicode(
+      destinationFolder, units.size(), units.data(), newFile, [&](SInt16 destinationFork) {
+        SInt16 sourceFork;
+        OSErr copyErr =
+            FSOpenFork(&m_fsRef, dataForkName.length, dataForkName.unicode, fsRdPerm, &sourceFork);
+        if (copyErr != noErr) return copyErr;
+        char buffer[4096];
+        copyErr = FSCopyFork(sourceFork, destinationFork, buffer, sizeof buffer);
+        FSCloseFork(sourceFork);
+        return copyErr;
+      });
+  return err == noErr ? 0 : -1;
+}
+
+Boolean FSRefValid(const FSRef* ref) {
+  return FSGetCatalogInfo(ref, kFSCatInfoNone, nullptr, nullptr, nullptr, nullptr) == noErr;
+}
+
+OSErr FSGetFinderInfo(const FSRef* ref, FinderInfo* info, ExtendedFinderInfo* extendedInfo,
+                      Boolean* isDirectory) {
+  FSCatalogInfoBitmap whichInfo = kFSCatInfoNone;
+  if (info != nullptr) whichInfo |= kFSCatInfoFinderInfo;
+  if (extendedInfo != nullptr) whichInfo |= kFSCatInfoFinderXInfo;
+  if (isDirectory != nullptr) whichInfo |= kFSCatInfoNodeFlags;
+  FSCatalogInfo catalogInfo;
+  const OSErr err = FSGetCatalogInfo(ref, whichInfo, &catalogInfo, nullptr, nullptr, nullptr);
+  if (err != noErr) return err;
+  if (info != nullptr) std::memcpy(info, catalogInfo.finderInfo, sizeof *info);
+  if (extendedInfo != nullptr)
+    std::memcpy(extendedInfo, catalogInfo.extFinderInfo, sizeof *extendedInfo);
+  if (isDirectory != nullptr) *isDirectory = (catalogInfo.nodeFlags & kFSNodeIsDirectoryMask) != 0;
+  return noErr;
+}
+
+OSErr FSGetParentRef(const FSRef* ref, FSRef* parentRef) {
+  if (parentRef == nullptr) return paramErr;
+  FSCatalogInfo catalogInfo;
+  const OSErr err =
+      FSGetCatalogInfo(ref, kFSCatInfoNodeID, &catalogInfo, nullptr, nullptr, parentRef);
+  if (err != noErr) return err;
+  if (catalogInfo.nodeID == fsRtDirID) std::memset(parentRef, 0, sizeof *parentRef);
+  return noErr;
+}
+
+OSErr FSCopyFork(SInt16 srcRefNum, SInt16 dstRefNum, void* copyBufferPtr,
+                 ByteCount copyBufferSize) {
+  if (copyBufferPtr == nullptr || copyBufferSize == 0) return paramErr;
+  // Allocating the whole destination first means a full disk shows before any data is written.
+  SInt64 forkSize;
+  OSErr err = FSGetForkSize(srcRefNum, &forkSize);
+  if (err == noErr) err = FSSetForkSize(dstRefNum, fsFromStart, forkSize);
+  if (err == noErr) err = FSSetForkPosition(srcRefNum, fsFromStart, 0);
+  if (err == noErr) err = FSSetForkPosition(dstRefNum, fsFromStart, 0);
+  if (err != noErr) return err;
+  if (copyBufferSize >= 4096 && copyBufferSize % 4096 != 0) copyBufferSize -= copyBufferSize % 4096;
+  OSErr readErr, writeErr;
+  do {
+    ByteCount readCount = 0;
+    readErr =
+        FSReadFork(srcRefNum, fsAtMark | noCacheMask, 0, copyBufferSize, copyBufferPtr, &readCount);
+    writeErr = FSWriteFork(dstRefNum, fsAtMark | noCacheMask, 0, readCount, copyBufferPtr, nullptr);
+  } while (readErr == noErr && writeErr == noErr);
+  if (writeErr != noErr) return writeErr;
+  return readErr == eofErr ? noErr : readErr;
+}
+
+OSErr FSMoveRenameObjectUnicode(const FSRef* ref, const FSRef* destDirectory,
+                                UniCharCount nameLength, const UniChar* name,
+                                TextEncoding textEncodingHint, FSRef* newRef) {
+  if (newRef == nullptr) return paramErr;
+  FSCatalogInfo destinationInfo, info;
+  OSErr err = FSGetCatalogInfo(destDirectory, kFSCatInfoNodeFlags | kFSCatInfoVolume,
+                               &destinationInfo, nullptr, nullptr, nullptr);
+  if (err != noErr) return err;
+  if ((destinationInfo.nodeFlags & kFSNodeIsDirectoryMask) == 0) return dirNFErr;
+  FSRef parent;
+  err = FSGetCatalogInfo(ref, kFSCatInfoVolume, &info, nullptr, nullptr, &parent);
+  if (err != noErr) return err;
+  if (info.volume != destinationInfo.volume) return diffVolErr;
+  if (FSCompareFSRefs(&parent, destDirectory) == noErr)
+    return FSRenameUnicode(ref, nameLength, name, textEncodingHint, newRef);
+  // Check the new name before anything moves, so that a taken name leaves the object in place.
+  FSRef existing;
+  err = FSMakeFSRefUnicode(destDirectory, nameLength, name, textEncodingHint, &existing);
+  if (err == noErr) return dupFNErr;
+  if (err != fnfErr) return err;
+  FSRef moved;
+  err = FSMoveObject(ref, destDirectory, &moved);
+  if (err != noErr) return err;
+  err = FSRenameUnicode(&moved, nameLength, name, textEncodingHint, newRef);
+  if (err != noErr) FSMoveObject(&moved, &parent, nullptr);  // back where it was
+  return err;
+}
+
+OSErr FSCreateTextFileUnicode(const FSRef* folder, UniCharCount nameLength, const UniChar* name,
+                              FSRef* newFile, const std::function<OSErr(SInt16 fork)>& fill) {
+  FSCatalogInfo catalogInfo;
+  std::memset(&catalogInfo, 0, sizeof catalogInfo);
+  FileInfo finderInfo = {};
+  finderInfo.fileType = MakeFourCharCode("TEXT");
+  finderInfo.fileCreator = MakeFourCharCode("    ");
+  std::memcpy(catalogInfo.finderInfo, &finderInfo, sizeof finderInfo);
+  FSRef created;
+  OSErr err = FSCreateFileUnicode(folder, nameLength, name, kFSCatInfoFinderInfo, &catalogInfo,
+                                  &created, nullptr);
+  if (err != noErr) return err;
+  if (fill) {
+    HFSUniStr255 dataForkName;
+    SInt16 fork;
+    err = FSGetDataForkName(&dataForkName);
+    if (err == noErr)
+      err = FSOpenFork(&created, dataForkName.length, dataForkName.unicode, fsWrPerm, &fork);
+    if (err == noErr) {
+      err = fill(fork);
+      const OSErr closeErr = FSCloseFork(fork);
+      if (err == noErr) err = closeErr;
+    }
+    if (err != noErr) {
+      FSDeleteObject(&created);
+      return err;
+    }
+  }
+  if (newFile != nullptr) *newFile = created;
+  return noErr;
+}

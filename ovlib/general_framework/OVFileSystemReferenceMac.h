@@ -1,0 +1,95 @@
+// OVFileSystemReferenceMac.h: OVFileSystemReference, the library's value handle for an existing
+// file or folder, and the File Manager extension routines it is built on. Statuses are 0 or -1
+// for the class, the platform's OSErr for the routines; misuse is reported through OV_AssertFailed
+// and the operation then goes on and fails or answers as the platform lets it.
+#pragma once
+
+#include <functional>
+
+#include "platform/Files.h"
+#include "xmlparser/TString.h"
+
+class OVFileSystemReference {
+ public:
+  // Names nothing: all 80 bytes zero.
+  OVFileSystemReference();
+  // Copies the bytes of a platform reference.
+  explicit OVFileSystemReference(const FSRef& ref);
+  ~OVFileSystemReference();
+
+  // Wherever a platform reference is expected; the platform may also write one straight in.
+  operator FSRef*() { return &m_fsRef; }
+  operator const FSRef*() const { return &m_fsRef; }
+
+  // Deletes the file or empty folder.
+  int Delete() const;
+  // True when the platform can read catalog information for the reference.
+  bool Exists() const;
+  // The folder holding this object; for the root folder, success with a parent naming nothing.
+  int MakeParentReference(OVFileSystemReference& parent) const;
+  // Both report a reference that is not valid and then answer false.
+  bool IsFile() const;
+  bool IsFolder() const;
+  // Whether this folder holds an object `name`: 0 with the answer in `exists`, also when there
+  // is none; -1 (and false) when the lookup itself fails, as for a bad name.
+  int SubobjectExists(const TString& name, bool& exists) const;
+  // Creates the folder `name` inside this folder.
+  int CreateDirectory(const TString& name, OVFileSystemReference& newFolder) const;
+  // Renames this file where it is; afterwards this reference names the renamed file.
+  int Rename(const TString& newName);
+  // Puts the existing object `name` inside this folder into `child`; -1 when there is none.
+  int MakeSubobjectReference(const TString& name, OVFileSystemReference& child) const;
+  // The object's own name.
+  int GetName(TString& name) const;
+  // Copies this file's data into a new file of the same name in `destinationFolder`, typed
+  // 'TEXT' with creator four spaces, and puts it in `newFile`. An existing object of that name is
+  // deleted first with `overwrite`, and makes the copy fail (-1, nothing changed) without it. A
+  // copy that fails once its file exists removes that file again.
+  int Copy(const OVFileSystemReference& destinationFolder, OVFileSystemReference& newFile,
+           bool overwrite) const;
+
+ private:
+  FSRef m_fsRef;
+};
+
+// The Finder information of a file or a folder, in the platform's layouts.
+union FinderInfo {
+  FileInfo file;
+  FolderInfo folder;
+};
+
+union ExtendedFinderInfo {
+  ExtendedFileInfo file;
+  ExtendedFolderInfo folder;
+};
+
+// True when catalog information can be read for the reference.
+Boolean FSRefValid(const FSRef* ref);
+
+// Reads in one catalog call whichever of the three out-arguments are not null; nothing is
+// written on failure.
+OSErr FSGetFinderInfo(const FSRef* ref, FinderInfo* info, ExtendedFinderInfo* extendedInfo,
+                      Boolean* isDirectory);
+
+// The folder holding `ref`; for the root folder, noErr with 80 zero bytes. paramErr for a null
+// `parentRef`.
+OSErr FSGetParentRef(const FSRef* ref, FSRef* parentRef);
+
+// Copies the whole of one open fork into another, sizing the destination first. The buffer is
+// used in multiples of 4096 bytes when it holds at least that many. paramErr for no buffer.
+OSErr FSCopyFork(SInt16 srcRefNum, SInt16 dstRefNum, void* copyBufferPtr, ByteCount copyBufferSize);
+
+// Moves `ref` into `destDirectory` under `name` and puts the moved object in `newRef` (which
+// must not be null). dirNFErr when the destination is no folder, diffVolErr when it is on another
+// file system, dupFNErr when the name is taken there. Within one folder this is a rename.
+OSErr FSMoveRenameObjectUnicode(const FSRef* ref, const FSRef* destDirectory,
+                                UniCharCount nameLength, const UniChar* name,
+                                TextEncoding textEncodingHint, FSRef* newRef);
+
+// Creates the file `name` in `folder` typed 'TEXT' with creator four spaces, the marks of every
+// file the library makes, and puts it in `newFile`. A `fill` given gets the new file's data fork
+// open for writing; if it fails, or the fork does not close cleanly, the file is removed again
+// and `newFile` left alone: a partial file would pass for a whole one.
+OSErr FSCreateTextFileUnicode(const FSRef* folder, UniCharCount nameLength, const UniChar* name,
+                              FSRef* newFile,
+                              const std::function<OSErr(SInt16 fork)>& fill = nullptr);

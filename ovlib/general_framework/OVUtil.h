@@ -1,0 +1,44 @@
+// OVUtil.h: whole files to text and back, numbered markers in message templates, and conversions
+// between the string flavours of the library. Platform string types stay in MacUtil.h.
+#pragma once
+
+#include <cstdio>
+#include <string>
+#include <vector>
+
+#include "platform/MacTypes.h"
+#include "xmlparser/TString.h"
+
+// Decodes a whole file: UTF-16 after a byte-order mark (FE FF big-endian, FF FE little-endian,
+// one character per unit, an odd last byte ignored), anything else as UTF-8. -1 for a buffer of
+// fewer than 4 bytes; bytes that are not UTF-8 give 0 and an empty `text`.
+int ConvertFileBufferToWString(const std::vector<unsigned char>& buffer, TString& text);
+
+// The UTF-16 units of UTF-8 bytes, a leading byte-order mark dropped; empty when any part of the
+// bytes is not well-formed UTF-8.
+std::vector<UniChar> Utf8toUtf16(const std::vector<unsigned char>& buffer);
+
+// Encodes `text` as UTF-16 in host byte order after a byte-order mark, one unit per character
+// (its low 16 bits). Always 0; an empty `text` is reported through OV_AssertFailed.
+int ConvertWStringToFileBuffer(const TString& text, std::vector<unsigned char>& buffer);
+
+// Copies `templateText` and fills its markers "%0", "%1", ... in turn, each marker's first
+// occurrence with the next `const wchar_t*` argument, stopping at the first marker missing or
+// after "%9". The caller passes at least as many arguments as the template has markers.
+TString TStringParamReplace(const TString* templateText, ...);
+
+// Whether the text after the last full stop of `fileName` is `extension`, case-sensitively.
+bool FilenameHasExtension(const TString& fileName, const TString& extension);
+
+bool Little_Endian();
+short ByteSwap(short value);
+
+// 0 for a null stream, else what closing it returns.
+int checked_fclose(FILE* stream);
+
+TString ConvertToTString(const std::wstring& text);
+// Reads `text` as ASCII; text that is not ASCII gives an empty TString.
+TString ConvertToTString(const std::string& text);
+std::wstring ConvertToWideCharString(const TString& text);
+// In the application's text encoding; empty when `text` has no form there.
+std::string ConvertToCharString(const TString& text);

@@ -1,0 +1,110 @@
+// CoreFoundation.h: reference-counted strings of UTF-16 units, file and web URLs, and framework
+// bundles, as far as the library's conversions, success messages and framework loading use them.
+// Objects returned by a Create... or Copy... call are the caller's to CFRelease; null is failure.
+#pragma once
+
+#include "platform/MacTypes.h"
+
+struct FSRef;
+
+typedef long CFIndex;
+typedef UInt32 CFStringEncoding;
+typedef const void* CFTypeRef;
+typedef const struct CFAllocatorObject* CFAllocatorRef;
+typedef const struct CFStringObject* CFStringRef;
+typedef const struct CFURLObject* CFURLRef;
+typedef struct CFBundleObject* CFBundleRef;
+
+struct CFRange {
+  CFIndex location;
+  CFIndex length;
+};
+
+inline CFRange CFRangeMake(CFIndex location, CFIndex length) { return CFRange{location, length}; }
+
+// The stand-in has one allocator; both names stand for it.
+inline constexpr CFAllocatorRef kCFAllocatorDefault = nullptr;
+inline constexpr CFAllocatorRef kCFAllocatorSystemDefault = nullptr;
+
+enum : CFIndex { kCFNotFound = -1 };
+
+enum : CFStringEncoding {
+  kCFStringEncodingMacRoman = 0,
+  kCFStringEncodingUnicode = 0x0100,  // UTF-16 units in host byte order
+  kCFStringEncodingASCII = 0x0600,
+  kCFStringEncodingUTF8 = 0x08000100,
+};
+
+// Drops one reference; the object is freed with the last. Null is ignored, and so are the
+// constant strings that CFSTR returns.
+void CFRelease(CFTypeRef object);
+
+// A constant string for a literal: made once per distinct text, never freed. Literals are read
+// as UTF-8.
+#define CFSTR(text) CFStringMakeConstantString("" text "")
+CFStringRef CFStringMakeConstantString(const char* text);
+
+CFStringRef CFStringCreateWithCharacters(CFAllocatorRef allocator, const UniChar* characters,
+                                         CFIndex count);
+
+// Decodes `count` bytes in UTF-8, ASCII or Mac Roman. Any byte sequence that is not well-formed in
+// the encoding gives null: there is no partial string and no replacement character. For UTF-8 a
+// leading byte-order mark is dropped. `isExternalRepresentation` must be false.
+CFStringRef CFStringCreateWithBytes(CFAllocatorRef allocator, const UInt8* bytes, CFIndex count,
+                                    CFStringEncoding encoding, Boolean isExternalRepresentation);
+
+// The same for a zero-terminated string.
+CFStringRef CFStringCreateWithCString(CFAllocatorRef allocator, const char* text,
+                                      CFStringEncoding encoding);
+
+CFIndex CFStringGetLength(CFStringRef string);
+
+// Copies the units of `range`, which must lie inside the string.
+void CFStringGetCharacters(CFStringRef string, CFRange range, UniChar* buffer);
+
+// The string's own units for a string made from units; null for one decoded from bytes, whose
+// units must then be copied with CFStringGetCharacters.
+const UniChar* CFStringGetCharactersPtr(CFStringRef string);
+
+// Always null: the stand-in keeps no zero-terminated byte form to lend out.
+const char* CFStringGetCStringPtr(CFStringRef string, CFStringEncoding encoding);
+
+// The most bytes that `length` units can take in `encoding`, kCFNotFound on overflow.
+CFIndex CFStringGetMaximumSizeForEncoding(CFIndex length, CFStringEncoding encoding);
+
+// Writes the whole string and a terminating zero into `buffer`; false, with nothing promised about
+// `buffer`, when a unit has no form in the encoding or the result does not fit.
+Boolean CFStringGetCString(CFStringRef string, char* buffer, CFIndex bufferSize,
+                           CFStringEncoding encoding);
+
+// The same as a length-prefixed string: a length byte, then the bytes. kCFStringEncodingUnicode
+// writes two bytes per unit. False when the bytes exceed `bufferSize` - 1 or 255.
+Boolean CFStringGetPascalString(CFStringRef string, StringPtr buffer, CFIndex bufferSize,
+                                CFStringEncoding encoding);
+
+// The decimal number at the start of the string, after optional white space and sign; 0 when
+// there is none.
+SInt32 CFStringGetIntValue(CFStringRef string);
+
+enum CFURLPathStyle { kCFURLPOSIXPathStyle = 0 };
+
+// A file URL ("file:///a/b", with a trailing slash for a folder) for a valid reference.
+CFURLRef CFURLCreateFromFSRef(CFAllocatorRef allocator, const FSRef* ref);
+
+// Parses a URL; null when the text holds characters that a URL may not hold or a broken escape.
+// `baseURL` must be null.
+CFURLRef CFURLCreateWithString(CFAllocatorRef allocator, CFStringRef text, CFURLRef baseURL);
+
+// `url` with `component` appended to its path, escaped as needed.
+CFURLRef CFURLCreateCopyAppendingPathComponent(CFAllocatorRef allocator, CFURLRef url,
+                                               CFStringRef component, Boolean isDirectory);
+
+// The unescaped path of a file URL, without a trailing slash except for "/"; null for other URLs.
+CFStringRef CFURLCopyFileSystemPath(CFURLRef url, CFURLPathStyle style);
+
+// A bundle for the folder that a file URL names; null when there is no such folder.
+CFBundleRef CFBundleCreate(CFAllocatorRef allocator, CFURLRef bundleURL);
+
+// Loads the bundle's executable: the shared object inside the bundle folder named like the folder
+// without its extension ("Name.framework/Name"). Releasing the bundle unloads it.
+Boolean CFBundleLoadExecutable(CFBundleRef bundle);

@@ -1,0 +1,77 @@
+// DialogBackend.h: the seam between the alert calls of Dialogs.h and whatever shows them. One
+// backend serves the process, picked once by ActiveDialogBackend(); tests put their own in place
+// with ScopedDialogBackend. The text backend talks on the terminal; the scripted one answers from
+// a queue and records what it was shown.
+#pragma once
+
+#include <deque>
+#include <iosfwd>
+#include <string>
+#include <vector>
+
+#include "platform/Dialogs.h"
+
+// An alert as a backend receives it, texts in UTF-8.
+struct AlertDescription {
+  struct Button {
+    std::string m_strLabel;
+    DialogItemIndex m_nItem;
+  };
+
+  AlertType m_nKind = kAlertNoteAlert;
+  std::string m_strMessage;
+  std::string m_strExplanation;      // empty when the alert has none
+  std::vector<Button> m_vecButtons;  // in item order; items without a text are left out
+  DialogItemIndex m_nDefaultItem = kAlertStdAlertOKButton;
+  DialogItemIndex m_nCancelItem = 0;  // 0: none
+};
+
+class DialogBackend {
+ public:
+  virtual ~DialogBackend() = default;
+
+  // Shows the alert until the user picks a button and returns that button's item.
+  virtual DialogItemIndex RunAlert(const AlertDescription& alert) = 0;
+};
+
+// The backend that shows this process's alerts: one installed by a ScopedDialogBackend if any,
+// else the one chosen on first use: the text backend on the standard streams (when there is no
+// graphical display or KESTRAIL_UI is "text"; for now always).
+DialogBackend& ActiveDialogBackend();
+
+// Makes `backend` the active one for its own lifetime, then restores the previous one.
+class ScopedDialogBackend {
+ public:
+  explicit ScopedDialogBackend(DialogBackend& backend);
+  ~ScopedDialogBackend();
+  ScopedDialogBackend(const ScopedDialogBackend&) = delete;
+  ScopedDialogBackend& operator=(const ScopedDialogBackend&) = delete;
+
+ private:
+  DialogBackend* m_pPrevious;
+};
+
+// Writes each alert's texts to `out` (stop alerts, which report failed checks, to `err`) with its
+// buttons, and reads one line of answer from `in`: a label in any case, or its first letter when
+// no other label starts with it; an empty line or the end of input picks the default button.
+// Anything else is asked again, with the accepted answers spelled out.
+class TextDialogBackend : public DialogBackend {
+ public:
+  TextDialogBackend(std::istream& in, std::ostream& out, std::ostream& err);
+  DialogItemIndex RunAlert(const AlertDescription& alert) override;
+
+ private:
+  std::istream& m_in;
+  std::ostream& m_out;
+  std::ostream& m_err;
+};
+
+// For tests: records every alert and answers with the queued items in turn, or with the alert's
+// default item once the queue is empty.
+class ScriptedDialogBackend : public DialogBackend {
+ public:
+  DialogItemIndex RunAlert(const AlertDescription& alert) override;
+
+  std::deque<DialogItemIndex> m_queAnswers;
+  std::vector<AlertDescription> m_vecAlerts;
+};

@@ -1,0 +1,179 @@
+// Files.h: the File Manager and Folder Manager calls of the library: references to existing files
+// and folders, catalog information, creating, renaming, moving and deleting objects, data forks,
+// and the user's Application Support folder. Every call returns a status code of MacTypes.h.
+//
+// A reference names one existing object by its file system identity, so two references compare
+// equal however their object was reached. It stays valid while that object stays where it was
+// found: once the object is deleted, replaced, renamed or moved, calls with the old reference
+// fail. Names are UTF-16 units here and UTF-8 on disk; a name is one path component and can
+// never reach outside the folder it is given to.
+#pragma once
+
+#include "platform/MacTypes.h"
+
+// 80 opaque bytes; all zero names nothing.
+struct FSRef {
+  UInt8 hidden[80];
+};
+
+struct FSSpec;  // never filled in by the stand-in: pass null wherever one is asked for
+
+struct HFSUniStr255 {
+  UInt16 length;
+  UniChar unicode[255];
+};
+
+typedef SInt16 FSVolumeRefNum;
+typedef UInt32 FSCatalogInfoBitmap;
+
+enum : FSCatalogInfoBitmap {
+  kFSCatInfoNone = 0x0000,
+  kFSCatInfoNodeFlags = 0x0002,
+  kFSCatInfoVolume = 0x0004,
+  kFSCatInfoNodeID = 0x0010,
+  kFSCatInfoFinderInfo = 0x0800,
+  kFSCatInfoFinderXInfo = 0x1000,
+};
+
+enum : UInt16 { kFSNodeIsDirectoryMask = 0x0010 };
+
+enum : UInt32 { fsRtDirID = 2 };  // node ID of the root folder "/"
+
+// The catalog fields the library reads. Finder information is kept in host byte order, in the
+// layout of the structs below: the file ones for a file, the folder ones for a folder.
+struct FSCatalogInfo {
+  UInt16 nodeFlags;
+  FSVolumeRefNum volume;  // one number per mounted file system
+  UInt32 nodeID;          // fsRtDirID for "/"; otherwise derived from the inode number
+  UInt8 finderInfo[16];
+  UInt8 extFinderInfo[16];
+};
+
+struct FileInfo {
+  OSType fileType;
+  OSType fileCreator;
+  UInt16 finderFlags;
+  Point location;
+  UInt16 reservedField;
+};
+
+struct FolderInfo {
+  Rect windowBounds;
+  UInt16 finderFlags;
+  Point location;
+  UInt16 reservedField;
+};
+
+struct ExtendedFileInfo {
+  SInt16 reserved1[4];
+  UInt16 extendedFinderFlags;
+  SInt16 reserved2;
+  SInt32 putAwayFolderID;
+};
+
+struct ExtendedFolderInfo {
+  Point scrollPosition;
+  SInt32 reserved1;
+  UInt16 extendedFinderFlags;
+  SInt16 reserved2;
+  SInt32 putAwayFolderID;
+};
+
+// Resolves a POSIX path, relative ones from the working directory, following every symbolic
+// link, the last one included. `isDirectory` may be null.
+OSErr FSPathMakeRef(const UInt8* path, FSRef* ref, Boolean* isDirectory);
+
+// The object's absolute POSIX path in UTF-8, zero-terminated; paramErr when it does not fit.
+OSErr FSRefMakePath(const FSRef* ref, UInt8* path, UInt32 maxPathSize);
+
+// The object `name` inside the folder `parentRef`. A symbolic link there is named itself, not
+// followed. fnfErr: no such object; dirNFErr: `parentRef` is no folder or is gone; bdNamErr: the
+// name may not be used.
+OSErr FSMakeFSRefUnicode(const FSRef* parentRef, UniCharCount nameLength, const UniChar* name,
+                         TextEncoding textEncodingHint, FSRef* newRef);
+
+// Reads the fields of `whichInfo` (kFSCatInfoNodeFlags, Volume, NodeID, FinderInfo, FinderXInfo)
+// into `catalogInfo`, the object's name into `outName` and its folder into `parentRef`; each of
+// them may be null. The root folder's name is empty and its parent a reference of zeros. Finder
+// information that the file system does not keep reads as zeros. `fsSpec` must be null.
+OSErr FSGetCatalogInfo(const FSRef* ref, FSCatalogInfoBitmap whichInfo, FSCatalogInfo* catalogInfo,
+                       HFSUniStr255* outName, FSSpec* fsSpec, FSRef* parentRef);
+
+// noErr when both name the same object; diffVolErr or errFSRefsDifferent when they do not; the
+// error of an invalid reference otherwise.
+OSErr FSCompareFSRefs(const FSRef* ref1, const FSRef* ref2);
+
+// Create a new file or folder `name` in `parentRef`; dupFNErr when the name is taken. Of the
+// catalog information only kFSCatInfoFinderInfo and kFSCatInfoFinderXInfo can be set; on file
+// systems that keep no extended attributes the object is made without them. `newRef` may be
+// null; `newSpec` must be null.
+OSErr FSCreateFileUnicode(const FSRef* parentRef, UniCharCount nameLength, const UniChar* name,
+                          FSCatalogInfoBitmap whichInfo, const FSCatalogInfo* catalogInfo,
+                          FSRef* newRef, FSSpec* newSpec);
+OSErr FSCreateDirectoryUnicode(const FSRef* parentRef, UniCharCount nameLength, const UniChar* name,
+                               FSCatalogInfoBitmap whichInfo, const FSCatalogInfo* catalogInfo,
+                               FSRef* newRef, FSSpec* newSpec, UInt32* newDirID);
+
+// Deletes a file, a link or an empty folder (fBsyErr when it is not empty).
+OSErr FSDeleteObject(const FSRef* ref);
+
+// Renames the object where it is; dupFNErr when the name is taken. `newRef` may be null.
+OSErr FSRenameUnicode(const FSRef* ref, UniCharCount nameLength, const UniChar* name,
+                      TextEncoding textEncodingHint, FSRef* newRef);
+
+// Moves the object, keeping its name, into `destDirectory` on the same file system (diffVolErr
+// otherwise); dupFNErr when the name is taken there. `newRef` may be null.
+OSErr FSMoveObject(const FSRef* ref, const FSRef* destDirectory, FSRef* newRef);
+
+// Forks. Only the data fork exists; its name is empty. A fork number stays valid until
+// FSCloseFork.
+enum : SInt8 { fsCurPerm = 0, fsRdPerm = 1, fsWrPerm = 2, fsRdWrPerm = 3 };
+
+enum : UInt16 {
+  fsAtMark = 0,
+  fsFromStart = 1,
+  fsFromLEOF = 2,
+  fsFromMark = 3,
+  noCacheMask = 0x0020,  // accepted and ignored: the stand-in reads and writes through the cache
+};
+
+OSErr FSGetDataForkName(HFSUniStr255* dataForkName);
+
+// Opens the data fork of a file (notAFileErr for a folder). fsWrPerm and fsRdWrPerm neither
+// create nor truncate.
+OSErr FSOpenFork(const FSRef* ref, UniCharCount forkNameLength, const UniChar* forkName,
+                 SInt8 permissions, SInt16* forkRefNum);
+OSErr FSCloseFork(SInt16 forkRefNum);
+OSErr FSGetForkSize(SInt16 forkRefNum, SInt64* forkSize);
+OSErr FSSetForkSize(SInt16 forkRefNum, UInt16 positionMode, SInt64 positionOffset);
+OSErr FSSetForkPosition(SInt16 forkRefNum, UInt16 positionMode, SInt64 positionOffset);
+
+// Reads or writes `requestCount` bytes at the position that `positionMode` and `positionOffset`
+// give; the fork's mark then follows the last byte. A read that meets the end of the fork
+// returns eofErr with the bytes it got. `actualCount` may be null.
+OSErr FSReadFork(SInt16 forkRefNum, UInt16 positionMode, SInt64 positionOffset,
+                 ByteCount requestCount, void* buffer, ByteCount* actualCount);
+OSErr FSWriteFork(SInt16 forkRefNum, UInt16 positionMode, SInt64 positionOffset,
+                  ByteCount requestCount, const void* buffer, ByteCount* actualCount);
+
+// Folder Manager.
+enum : FSVolumeRefNum {
+  kOnSystemDisk = -32768,
+  kOnAppropriateDisk = -32767,
+  kUserDomain = -32763,
+};
+
+enum : OSType {
+  kApplicationSupportFolderType = MakeFourCharCode("asup"),
+  kFrameworksFolderType = MakeFourCharCode("fram"),
+};
+
+enum : Boolean { kDontCreateFolder = 0, kCreateFolder = 1 };
+
+// The user's data folders; the three domains above all mean the current user:
+//   kApplicationSupportFolderType: $XDG_DATA_HOME, or $HOME/.local/share when that is unset;
+//   kFrameworksFolderType: the folder "Frameworks" inside it.
+// With kCreateFolder the folder and any missing folder above it are made. fnfErr for another
+// folder type or when neither variable gives an absolute path.
+OSErr FSFindFolder(FSVolumeRefNum vRefNum, OSType folderType, Boolean createFolder,
+                   FSRef* foundRef);

@@ -1,0 +1,26 @@
+// System.h: questions about the system (Gestalt, the application's text encoding), handing a URL
+// to the desktop, and the debugger and process calls of assertion reports.
+#pragma once
+
+#include "platform/CoreFoundation.h"
+#include "platform/MacTypes.h"
+
+enum : OSType { gestaltSystemVersion = MakeFourCharCode("sysv") };
+
+// gestaltSystemVersion answers 0x1049 in BCD (system 10.4.9). Any other selector:
+// gestaltUndefSelectorErr.
+OSErr Gestalt(OSType selector, SInt32* response);
+
+// The encoding of the application's narrow strings: kCFStringEncodingUTF8, as file names and
+// terminals use here.
+TextEncoding GetApplicationTextEncoding();
+
+// Runs the desktop's opener, xdg-open, on the URL and waits for it; noErr when it reports success,
+// kLSApplicationNotFoundErr when it is missing or fails. `outLaunchedURL` must be null.
+OSStatus LSOpenCFURLRef(CFURLRef url, CFURLRef* outLaunchedURL);
+
+// Stops in the debugger when one is attached; otherwise says so on standard error and returns.
+void Debugger();
+
+// Ends the process at once with a failure status, after flushing standard I/O.
+[[noreturn]] void ExitToShell();

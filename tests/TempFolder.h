@@ -1,0 +1,46 @@
+// TempFolder.h: a fresh folder for one test, removed with everything in it when the test ends,
+// failed or not, with its files read and written whole; and UTF-16 names for File Manager calls.
+#pragma once
+
+#include <gtest/gtest.h>
+#include <stdlib.h>
+
+#include <filesystem>
+#include <fstream>
+#include <string>
+#include <vector>
+
+#include "platform/MacTypes.h"
+
+class TempFolder {
+ public:
+  TempFolder() {
+    std::string pattern = testing::TempDir() + "kestrail-XXXXXX";
+    if (mkdtemp(pattern.data()) != nullptr) m_path = std::filesystem::canonical(pattern).string();
+  }
+  ~TempFolder() {
+    if (!m_path.empty()) std::filesystem::remove_all(m_path);
+  }
+  TempFolder(const TempFolder&) = delete;
+  TempFolder& operator=(const TempFolder&) = delete;
+
+  // Empty when the folder could not be made.
+  const std::string& Path() const { return m_path; }
+  std::string Path(const std::string& name) const { return m_path + "/" + name; }
+  const UInt8* PosixPath() const { return reinterpret_cast<const UInt8*>(m_path.c_str()); }
+
+  void Write(const std::string& name, const std::string& contents) const {
+    std::ofstream(Path(name), std::ios::binary) << contents;
+  }
+  std::string Contents(const std::string& name) const {
+    std::ifstream in(Path(name), std::ios::binary);
+    return std::string(std::istreambuf_iterator<char>(in), {});
+  }
+
+ private:
+  std::string m_path;
+};
+
+inline std::vector<UniChar> Units(const std::u16string& text) {
+  return std::vector<UniChar>(text.begin(), text.end());
+}

@@ -1,0 +1,205 @@
+#include <gtest/gtest.h>
+#include <stdlib.h>
+
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <string>
+#include <vector>
+
+#include "ovlib/base_ui_framework/mac/MacUtil.h"
+#include "ovlib/general_framework/OVFileSystemReferenceMac.h"
+#include "tests/ScopedVariable.h"
+#include "tests/TempFolder.h"
+#include "tests/ovlib/ScriptedAlerts.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+using Bytes = std::vector<unsigned char>;
+
+class OVAssertFailedTest : public ScriptedAlertsTest {
+ protected:
+  std::vector<std::string> Labels(std::size_t alert) const {
+    std::vector<std::string> labels;
+    for (const AlertDescription::Button& button : m_alerts.m_vecAlerts.at(alert).m_vecButtons)
+      labels.push_back(button.m_strLabel);
+    return labels;
+  }
+};
+
+TEST_F(OVAssertFailedTest, ReportNamesTheCheckAndAsksForAReport) {
+  OV_AssertFailed("mac/Kestrail", 42, "DisplayAlert");
+  ASSERT_EQ(1u, m_alerts.m_vecAlerts.size());
+  const AlertDescription& alert = m_alerts.m_vecAlerts[0];
+  EXPECT_EQ(kAlertStopAlert, alert.m_nKind);
+  EXPECT_EQ(
+      "A bug has been detected in this filter.  Please report the information below to Orvelle "
+      "at 1-800-555-0142 or support@example.com.  Thanks!",
+      alert.m_strMessage);
+  EXPECT_EQ("Failure at line 42 in file mac/Kestrail (function 'DisplayAlert')",
+            alert.m_strExplanation);
+  EXPECT_EQ((std::vector<std::string>{"Continue", "Debug", "More Options"}), Labels(0));
+  EXPECT_EQ(kAlertStdAlertOKButton, alert.m_nDefaultItem);
+}
+
+TEST_F(OVAssertFailedTest, ButtonsLeadOnOrToTheSecondAlert) {
+  struct Case {
+    const char* label;
+    std::vector<DialogItemIndex> answers;
+    std::size_t alerts;
+  };
+  const Case cases[] = {
+      {"Continue", {kAlertStdAlertOKButton}, 1},
+      {"Debug, with no debugger attached", {kAlertStdAlertCancelButton}, 1},
+      {"More Options, then Continue", {kAlertStdAlertOtherButton, kAlertStdAlertOKButton}, 2},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.label);
+    m_alerts.m_vecAlerts.clear();
+    m_alerts.m_queAnswers.assign(c.answers.begin(), c.answers.end());
+    OV_AssertFailed("f", 1, "g");
+    EXPECT_EQ(c.alerts, m_alerts.m_vecAlerts.size());
+  }
+  EXPECT_EQ((std::vector<std::string>{"Continue", "Ignore", "Kill"}), Labels(1));
+}
+
+// Ignore and Kill change the whole process, so they run in a child process of their own: after
+// Ignore a second failed check shows nothing, and Kill ends the process during the report.
+TEST_F(OVAssertFailedTest, IgnoreSilencesLaterReportsAndKillEndsTheProcess) {
+  const auto report = [this](DialogItemIndex second) {
+    m_alerts.m_queAnswers = {kAlertStdAlertOtherButton, second};
+    OV_AssertFailed("f", 1, "first");
+    OV_AssertFailed("f", 2, "second");
+    std::exit(m_alerts.m_vecAlerts.size() == 2 ? 0 : 2);
+  };
+  EXPECT_EXIT(report(kAlertStdAlertCancelButton), testing::ExitedWithCode(0), "");
+  EXPECT_EXIT(report(kAlertStdAlertOtherButton), testing::ExitedWithCode(1), "");
+}
+
+class WholeFileTest : public ScriptedAlertsTest {
+ protected:
+  void SetUp() override {
+    ASSERT_FALSE(m_temp.Path().empty());
+    ASSERT_EQ(noErr, FSPathMakeRef(m_temp.PosixPath(), m_folder, nullptr));
+  }
+
+  TempFolder m_temp;
+  OVFileSystemReference m_folder;
+};
+
+TEST_F(WholeFileTest, ReadThenWriteElsewhereIsByteIdentical) {
+  std::string contents;
+  for (int i = 0; i < 70000; ++i) contents += static_cast<char>(i % 253);
+  m_temp.Write("original", contents);
+  OVFileSystemReference original, copy;
+  ASSERT_EQ(0, m_folder.MakeSubobjectReference(L"original", original));
+  Bytes buffer;
+  ASSERT_EQ(0, ReadDiskFileIntoBuffer(original, buffer));
+  EXPECT_EQ(contents.size(), buffer.size());
+  ASSERT_EQ(0, WriteBufferToDiskFile(m_folder, L"copy", buffer, false, copy));
+  EXPECT_EQ(contents, m_temp.Contents("copy"));
+  EXPECT_TRUE(copy.Exists());
+}
+
+TEST_F(WholeFileTest, WriteOntoAnExistingName) {
+  m_temp.Write("setting", "old");
+  const Bytes bytes = {'n', 'e', 'w'};
+  OVFileSystemReference file;
+  EXPECT_EQ(-1, WriteBufferToDiskFile(m_folder, L"setting", bytes, false, file));
+  EXPECT_EQ("old", m_temp.Contents("setting"));
+  EXPECT_EQ(0, WriteBufferToDiskFile(m_folder, L"setting", bytes, true, file));
+  EXPECT_EQ("new", m_temp.Contents("setting"));
+  EXPECT_EQ(-1, WriteBufferToDiskFile(m_folder, L"../setting", bytes, true, file));
+  EXPECT_EQ(-1, WriteBufferToDiskFile(m_folder, L"", bytes, true, file));
+  EXPECT_EQ(1, std::distance(fs::directory_iterator(m_temp.Path()), fs::directory_iterator()));
+}
+
+TEST_F(WholeFileTest, ReadingNothingIsReportedAndFails) {
+  OVFileSystemReference nothing;
+  Bytes buffer;
+  EXPECT_EQ(-1, ReadDiskFileIntoBuffer(nothing, buffer));
+  EXPECT_TRUE(Reported("ReadDiskFileIntoBuffer"));
+}
+
+TEST_F(WholeFileTest, FopenByNameCreatesAMissingFile) {
+  HFSUniStr255 name = {3, {'l', 'o', 'g'}};
+  FILE* created = FSRefParentAndFilename_fopen(m_folder, &name, "w");
+  ASSERT_NE(nullptr, created);
+  std::fputs("line", created);
+  EXPECT_EQ(0, std::fclose(created));
+  EXPECT_EQ("line", m_temp.Contents("log"));
+  HFSUniStr255 bad = {2, {'.', '.'}};
+  EXPECT_EQ(nullptr, FSRefParentAndFilename_fopen(m_folder, &bad, "w"));
+}
+
+TEST(PlatformStringTest, OneUnitPerCharacterBothWays) {
+  const TString wide = {L'a', 0x1F600, 0xE9};
+  EXPECT_EQ((std::vector<UniChar>{'a', 0xF600, 0xE9}), CreateUniCharVectorFromTString(wide));
+  EXPECT_EQ(255u, CreateUniCharVectorFromWString(TString(255, 0x10041)).size());
+  // Strings made from units and from bytes are read by different paths.
+  CFStringRef fromUnits = CreateCFStringRefFromTString(TString{0xD83D, 0xDE00});
+  CFStringRef fromBytes =
+      CFStringCreateWithCString(nullptr, "\xF0\x9F\x98\x80", kCFStringEncodingUTF8);
+  EXPECT_EQ((TString{0xD83D, 0xDE00}), CreateTStringFromCFStringRef(fromUnits));
+  EXPECT_EQ((TString{0xD83D, 0xDE00}), CreateTStringFromCFStringRef(fromBytes));
+  EXPECT_EQ("\xF0\x9F\x98\x80", CreateStringFromCFStringRef(fromUnits));
+  CFRelease(fromUnits);
+  CFRelease(fromBytes);
+  EXPECT_EQ(L"", CreateTStringFromCFStringRef(CFSTR("")));
+}
+
+TEST(ControlTitleTest, NumbersAndTextShareTheTitle) {
+  OpaqueControlRef control;
+  int value = 0;
+  ASSERT_EQ(noErr, SetControlTitleWithInt(&control, -42));
+  ASSERT_EQ(noErr, GetControlTitleAsInt(&control, value));
+  EXPECT_EQ(-42, value);
+  ASSERT_EQ(noErr, SetControlTitleWithTString(&control, L" 7 px"));
+  ASSERT_EQ(noErr, GetControlTitleAsInt(&control, value));
+  EXPECT_EQ(7, value);
+  EXPECT_EQ(paramErr, GetControlTitleAsInt(nullptr, value));
+}
+
+class OpenURLTest : public testing::Test {
+ protected:
+  // An opener that records its argument and exits with `status`, first on the search path.
+  void InstallOpener(int status) {
+    const std::string script = m_temp.Path("xdg-open");
+    std::ofstream(script) << "#!/bin/sh\nprintf '%s' \"$1\" > '" << m_temp.Path("opened")
+                          << "'\nexit " << status << "\n";
+    fs::permissions(script, fs::perms::owner_all);
+  }
+
+  TempFolder m_temp;
+  const std::string m_searchPath = m_temp.Path() + ":" + (getenv("PATH") ? getenv("PATH") : "");
+  ScopedVariable m_path{"PATH", m_searchPath.c_str()};
+};
+
+TEST_F(OpenURLTest, HandsTheURLToTheOpenerAndReportsItsFailure) {
+  InstallOpener(0);
+  EXPECT_EQ(-1, OpenURL(L"https://example.com/a b"));
+  EXPECT_FALSE(fs::exists(m_temp.Path("opened")));  // a bad URL is never handed over
+  EXPECT_EQ(0, OpenURL(L"https://example.com/support?topic=settings"));
+  EXPECT_EQ("https://example.com/support?topic=settings", m_temp.Contents("opened"));
+  InstallOpener(3);
+  EXPECT_EQ(-1, OpenURL(L"https://example.com/"));
+}
+
+TEST(LoadFrameworkBundleTest, LoadsFromTheFrameworksFolder) {
+  TempFolder temp;
+  ASSERT_FALSE(temp.Path().empty());
+  ScopedVariable dataHome("XDG_DATA_HOME", temp.Path().c_str());
+  CFBundleRef bundle = reinterpret_cast<CFBundleRef>(1);
+  EXPECT_EQ(coreFoundationUnknownErr, LoadFrameworkBundle(CFSTR("TestKit.framework"), &bundle));
+  EXPECT_EQ(nullptr, bundle);
+  EXPECT_TRUE(fs::is_directory(temp.Path("Frameworks")));
+  fs::create_directory(temp.Path("Frameworks/TestKit.framework"));
+  fs::copy_file(TEST_FRAMEWORK_EXECUTABLE, temp.Path("Frameworks/TestKit.framework/TestKit"));
+  ASSERT_EQ(noErr, LoadFrameworkBundle(CFSTR("TestKit.framework"), &bundle));
+  EXPECT_NE(nullptr, bundle);
+  CFRelease(bundle);
+}
+
+}  // namespace

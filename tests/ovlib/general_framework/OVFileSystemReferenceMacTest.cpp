@@ -1,0 +1,178 @@
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+#include <string>
+#include <vector>
+
+#include "ovlib/base_ui_framework/mac/MacUtil.h"
+#include "ovlib/general_framework/OVFileSystemReferenceMac.h"
+#include "tests/TempFolder.h"
+#include "tests/ovlib/ScriptedAlerts.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+class OVFileSystemReferenceTest : public ScriptedAlertsTest {
+ protected:
+  void SetUp() override {
+    ASSERT_FALSE(m_temp.Path().empty());
+    fs::create_directory(m_temp.Path("root"));
+    m_root = m_temp.Path("root");
+    auto path = reinterpret_cast<const UInt8*>(m_root.c_str());
+    ASSERT_EQ(noErr, FSPathMakeRef(path, m_rootRef, nullptr));
+  }
+
+  OVFileSystemReference Write(const std::string& name, const std::string& contents) {
+    m_temp.Write("root/" + name, contents);
+    OVFileSystemReference file;
+    EXPECT_EQ(0, m_rootRef.MakeSubobjectReference(ToTString(name), file));
+    return file;
+  }
+  OVFileSystemReference Folder(const std::string& name) {
+    OVFileSystemReference folder;
+    EXPECT_EQ(0, m_rootRef.CreateDirectory(ToTString(name), folder));
+    return folder;
+  }
+  static TString ToTString(const std::string& ascii) { return TString(ascii.begin(), ascii.end()); }
+
+  TempFolder m_temp;
+  std::string m_root;
+  OVFileSystemReference m_rootRef;
+};
+
+TEST_F(OVFileSystemReferenceTest, SubobjectExistsTellsMissingFromBadNames) {
+  struct Case {
+    const char* label;
+    TString name;
+    int status;
+    bool exists;
+  };
+  const Case cases[] = {
+      {"present", L"present", 0, true},
+      {"missing", L"missing", 0, false},
+      {"too long", TString(256, L'n'), -1, false},
+      {"parent", L"..", -1, false},
+  };
+  Write("present", "x");
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.label);
+    bool exists = !c.exists;
+    EXPECT_EQ(c.status, m_rootRef.SubobjectExists(c.name, exists));
+    EXPECT_EQ(c.exists, exists);
+  }
+  EXPECT_TRUE(m_alerts.m_vecAlerts.empty());
+}
+
+TEST_F(OVFileSystemReferenceTest, MisuseIsReportedAndTheOperationFails) {
+  OVFileSystemReference file = Write("file", "x");
+  OVFileSystemReference nothing, child;
+  bool exists = true;
+  EXPECT_FALSE(nothing.IsFile());
+  EXPECT_TRUE(Reported("IsFile"));
+  EXPECT_FALSE(nothing.IsFolder());
+  EXPECT_TRUE(Reported("IsFolder"));
+  EXPECT_EQ(-1, file.MakeSubobjectReference(L"x", child));
+  EXPECT_TRUE(Reported("MakeSubobjectReference"));
+  EXPECT_EQ(-1, nothing.SubobjectExists(L"x", exists));
+  EXPECT_FALSE(exists);
+  EXPECT_TRUE(Reported("SubobjectExists"));
+  EXPECT_EQ(-1, file.CreateDirectory(L"x", child));
+  EXPECT_TRUE(Reported("CreateDirectory"));
+  const AlertDescription& first = m_alerts.m_vecAlerts.at(0);
+  EXPECT_EQ(kAlertStopAlert, first.m_nKind);
+  EXPECT_NE(std::string::npos, first.m_strExplanation.find(
+                                   "in file ovlib/general_framework/OVFileSystemReferenceMac"));
+}
+
+TEST_F(OVFileSystemReferenceTest, RootFolderHasAParentThatNamesNothing) {
+  OVFileSystemReference root, parent;
+  ASSERT_EQ(noErr, FSPathMakeRef(reinterpret_cast<const UInt8*>("/"), root, nullptr));
+  EXPECT_EQ(0, root.MakeParentReference(parent));
+  EXPECT_FALSE(parent.Exists());
+  OVFileSystemReference file = Write("file", "x");
+  ASSERT_EQ(0, file.MakeParentReference(parent));
+  EXPECT_EQ(noErr, FSCompareFSRefs(parent, m_rootRef));
+}
+
+TEST_F(OVFileSystemReferenceTest, CopyIsByteIdenticalAndTyped) {
+  std::string contents;
+  for (int i = 0; i < 10000; ++i) contents += static_cast<char>(i * 7 % 256);  // NULs included
+  struct Case {
+    const char* label;
+    std::string contents;
+  };
+  const Case cases[] = {{"more than the buffer", contents}, {"empty", ""}};
+  OVFileSystemReference destination = Folder("destination");
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.label);
+    OVFileSystemReference source = Write("source", c.contents), copy;
+    fs::permissions(m_root + "/source", fs::perms::owner_read);  // a read-only source copies
+    ASSERT_EQ(0, source.Copy(destination, copy, true));
+    EXPECT_EQ(c.contents, m_temp.Contents("root/destination/source"));
+    TString name;
+    ASSERT_EQ(0, copy.GetName(name));
+    EXPECT_EQ(L"source", name);
+    FinderInfo info;
+    ASSERT_EQ(noErr, FSGetFinderInfo(copy, &info, nullptr, nullptr));
+    if (info.file.fileType != 0) {  // zero where the file system keeps no Finder information
+      EXPECT_EQ(MakeFourCharCode("TEXT"), info.file.fileType);
+      EXPECT_EQ(MakeFourCharCode("    "), info.file.fileCreator);
+    }
+    fs::remove(m_root + "/source");
+  }
+}
+
+TEST_F(OVFileSystemReferenceTest, CopyOntoAnExistingName) {
+  OVFileSystemReference destination = Folder("destination");
+  m_temp.Write("root/destination/setting", "old");
+  OVFileSystemReference source = Write("setting", "new"), copy;
+  EXPECT_EQ(-1, source.Copy(destination, copy, false));
+  EXPECT_EQ("old", m_temp.Contents("root/destination/setting"));
+  EXPECT_FALSE(copy.Exists());
+  EXPECT_EQ(0, source.Copy(destination, copy, true));
+  EXPECT_EQ("new", m_temp.Contents("root/destination/setting"));
+  // Into its own folder, the existing object is the source itself: it must survive.
+  EXPECT_EQ(-1, source.Copy(m_rootRef, copy, true));
+  EXPECT_EQ("new", m_temp.Contents("root/setting"));
+}
+
+TEST_F(OVFileSystemReferenceTest, FailedCopyLeavesNoFileBehind) {
+  OVFileSystemReference destination = Folder("destination");
+  OVFileSystemReference folder = Folder("not-a-file"), copy;
+  EXPECT_EQ(-1, folder.Copy(destination, copy, true));  // its data fork cannot be opened
+  EXPECT_TRUE(fs::is_empty(m_root + "/destination"));
+}
+
+TEST_F(OVFileSystemReferenceTest, RenameKeepsTheReferenceOnTheFile) {
+  OVFileSystemReference file = Write("before", "x");
+  Write("taken", "y");
+  EXPECT_EQ(-1, file.Rename(L"taken"));
+  EXPECT_EQ(-1, file.Rename(L"a/b"));
+  ASSERT_EQ(0, file.Rename(L"after"));
+  TString name;
+  ASSERT_EQ(0, file.GetName(name));
+  EXPECT_EQ(L"after", name);
+  EXPECT_FALSE(fs::exists(m_root + "/before"));
+  EXPECT_EQ("y", m_temp.Contents("root/taken"));
+  EXPECT_TRUE(m_alerts.m_vecAlerts.empty());
+}
+
+TEST_F(OVFileSystemReferenceTest, MoveRenameIntoAnotherFolder) {
+  OVFileSystemReference file = Write("file", "x");
+  OVFileSystemReference destination = Folder("destination");
+  m_temp.Write("root/destination/taken", "z");
+  const std::vector<UniChar> taken = CreateUniCharVectorFromTString(L"taken");
+  const std::vector<UniChar> moved = CreateUniCharVectorFromTString(L"moved");
+  FSRef result;
+  EXPECT_EQ(dupFNErr, FSMoveRenameObjectUnicode(file, destination, taken.size(), taken.data(),
+                                                kTextEncodingUnicodeDefault, &result));
+  EXPECT_TRUE(fs::exists(m_root + "/file"));
+  ASSERT_EQ(noErr, FSMoveRenameObjectUnicode(file, destination, moved.size(), moved.data(),
+                                             kTextEncodingUnicodeDefault, &result));
+  EXPECT_EQ("x", m_temp.Contents("root/destination/moved"));
+  EXPECT_FALSE(fs::exists(m_root + "/destination/file"));
+}
+
+}  // namespace

@@ -1,0 +1,105 @@
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "ovlib/general_framework/OVUtil.h"
+#include "tests/ovlib/ScriptedAlerts.h"
+
+namespace {
+
+using Bytes = std::vector<unsigned char>;
+
+TEST(ConvertFileBufferToWStringTest, ByteOrderMarksAndUtf8) {
+  struct Case {
+    const char* label;
+    Bytes bytes;
+    TString text;
+    int status;
+  };
+  const Case cases[] = {
+      {"little-endian mark", {0xFF, 0xFE, 0x41, 0x00, 0x42, 0x00}, L"AB", 0},
+      {"big-endian mark", {0xFE, 0xFF, 0x00, 0x41, 0x00, 0x42}, L"AB", 0},
+      {"odd last byte dropped", {0xFF, 0xFE, 0x41, 0x00, 0x42}, L"A", 0},
+      {"unpaired surrogate kept", {0xFE, 0xFF, 0xD8, 0x00, 0x00, 0x41}, TString{0xD800, L'A'}, 0},
+      {"under four bytes", {'a', 'b', 'c'}, L"", -1},
+      {"UTF-8 mark dropped", {0xEF, 0xBB, 0xBF, '[', '{', '}', ']'}, L"[{}]", 0},
+      {"UTF-8 without mark", {'[', 0xC3, 0xA9, ']'}, L"[\u00E9]", 0},
+      {"four-byte UTF-8 as two characters", {0xF0, 0x9F, 0x98, 0x80}, TString{0xD83D, 0xDE00}, 0},
+      {"truncated UTF-8", {0x41, 0x42, 0x43, 0xC3}, L"", 0},
+      {"overlong UTF-8", {'a', 'b', 0xC0, 0xAF}, L"", 0},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.label);
+    TString text = L"stale";
+    EXPECT_EQ(c.status, ConvertFileBufferToWString(c.bytes, text));
+    EXPECT_EQ(c.text, text);
+  }
+}
+
+class ConvertWStringToFileBufferTest : public ScriptedAlertsTest {};
+
+TEST_F(ConvertWStringToFileBufferTest, HostOrderWithMarkAndLowSixteenBits) {
+  ASSERT_TRUE(Little_Endian());
+  Bytes bytes;
+  EXPECT_EQ(0, ConvertWStringToFileBuffer(TString{L'A', L'B', 0x1F600}, bytes));
+  EXPECT_EQ((Bytes{0xFF, 0xFE, 0x41, 0x00, 0x42, 0x00, 0x00, 0xF6}), bytes);
+  TString back;
+  ASSERT_EQ(0, ConvertFileBufferToWString(bytes, back));
+  EXPECT_EQ((TString{L'A', L'B', 0xF600}), back);
+  EXPECT_TRUE(m_alerts.m_vecAlerts.empty());
+}
+
+TEST_F(ConvertWStringToFileBufferTest, EmptyTextIsReportedAndGivesTheMarkAlone) {
+  Bytes bytes;
+  EXPECT_EQ(0, ConvertWStringToFileBuffer(L"", bytes));
+  EXPECT_EQ((Bytes{0xFF, 0xFE}), bytes);
+  ASSERT_EQ(1u, m_alerts.m_vecAlerts.size());
+  EXPECT_EQ(
+      "Failure at line 87 in file ovlib/general_framework/OVUtil (function "
+      "'ConvertWStringToFileBuffer')",
+      m_alerts.m_vecAlerts[0].m_strExplanation);
+}
+
+TEST(TStringParamReplaceTest, FillsFirstOccurrenceOfEachMarkerInTurn) {
+  const TString replace = L"Replace %0?", twice = L"%0 and %0", gap = L"%1 only",
+                two = L"%1 after %0", chained = L"%0", ten = L"%0%1%2%3%4%5%6%7%8%9%0";
+  EXPECT_EQ(L"Replace a.txt?", TStringParamReplace(&replace, L"a.txt"));
+  EXPECT_EQ(L"x and %0", TStringParamReplace(&twice, L"x"));
+  EXPECT_EQ(L"%1 only", TStringParamReplace(&gap, L"x"));
+  EXPECT_EQ(L"b after a", TStringParamReplace(&two, L"a", L"b"));
+  EXPECT_EQ(L"[z]", TStringParamReplace(&chained, L"[%1]", L"z"));  // filled text is searched
+  EXPECT_EQ(L"abcdefghij%0", TStringParamReplace(&ten, L"a", L"b", L"c", L"d", L"e", L"f", L"g",
+                                                 L"h", L"i", L"j", L"k"));
+}
+
+TEST(FilenameHasExtensionTest, ComparesTheTextAfterTheLastStop) {
+  struct Case {
+    const char* label;
+    TString name;
+    TString extension;
+    bool has;
+  };
+  const Case cases[] = {
+      {"last of two stops", L"a.B.f1s", L"f1s", true},
+      {"case matters", L"a.B.f1s", L"F1S", false},
+      {"no stop, empty extension", L"noext", L"", false},
+      {"trailing stop, empty extension", L"a.", L"", true},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.label);
+    EXPECT_EQ(c.has, FilenameHasExtension(c.name, c.extension));
+  }
+}
+
+TEST(OVUtilTest, StringFlavours) {
+  EXPECT_EQ(L"abc", ConvertToTString(std::string("abc")));
+  EXPECT_EQ(L"", ConvertToTString(std::string("caf\xC3\xA9")));  // not ASCII
+  EXPECT_EQ("caf\xC3\xA9", ConvertToCharString(L"caf\u00E9"));
+  EXPECT_EQ("", ConvertToCharString(TString{0xD800}));  // a lone surrogate has no UTF-8 form
+  EXPECT_EQ(0x3412, ByteSwap(0x1234));
+  EXPECT_EQ(static_cast<short>(0xFF80), ByteSwap(static_cast<short>(0x80FF)));
+  EXPECT_EQ(0, checked_fclose(nullptr));
+}
+
+}  // namespace

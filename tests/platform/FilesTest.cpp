@@ -1,0 +1,148 @@
+#include <gtest/gtest.h>
+#include <sys/xattr.h>
+#include <unistd.h>
+
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <string>
+#include <vector>
+
+#include "platform/Files.h"
+#include "tests/TempFolder.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+class FilesTest : public testing::Test {
+ protected:
+  void SetUp() override {
+    ASSERT_FALSE(m_temp.Path().empty());
+    // The folder under test lies one level down, so that anything that escapes it shows.
+    fs::create_directory(m_temp.Path("inner"));
+    ASSERT_EQ(noErr, PathRef(m_temp.Path("inner"), m_inner));
+  }
+
+  static OSErr PathRef(const std::string& path, FSRef& ref) {
+    return FSPathMakeRef(reinterpret_cast<const UInt8*>(path.c_str()), &ref, nullptr);
+  }
+  static OSErr Child(const FSRef& folder, const std::u16string& name, FSRef& child) {
+    const std::vector<UniChar> units = Units(name);
+    return FSMakeFSRefUnicode(&folder, units.size(), units.data(), kTextEncodingUnicodeDefault,
+                              &child);
+  }
+  static OSErr CreateFile(const FSRef& folder, const std::u16string& name, FSRef* file) {
+    const std::vector<UniChar> units = Units(name);
+    return FSCreateFileUnicode(&folder, units.size(), units.data(), kFSCatInfoNone, nullptr, file,
+                               nullptr);
+  }
+
+  TempFolder m_temp;
+  FSRef m_inner;
+};
+
+TEST_F(FilesTest, BadNamesAreRefusedAndNothingLeavesTheFolder) {
+  struct Case {
+    const char* label;
+    std::u16string name;
+  };
+  const Case cases[] = {
+      {"empty", u""},
+      {"dot", u"."},
+      {"dot dot", u".."},
+      {"slash", u"a/b"},
+      {"climbing slash", u"../escaped"},
+      {"NUL", std::u16string(u"a\0b", 3)},
+      {"256 units", std::u16string(256, u'n')},
+      {"lone high surrogate", u"a\xD800"},
+      {"lone low surrogate", u"\xDC00z"},
+  };
+  FSRef existing;
+  ASSERT_EQ(noErr, CreateFile(m_inner, u"existing", &existing));
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.label);
+    const std::vector<UniChar> name = Units(c.name);
+    FSRef ref;
+    EXPECT_EQ(bdNamErr, FSMakeFSRefUnicode(&m_inner, name.size(), name.data(), 0, &ref));
+    EXPECT_EQ(bdNamErr,
+              FSCreateFileUnicode(&m_inner, name.size(), name.data(), 0, nullptr, &ref, nullptr));
+    EXPECT_EQ(bdNamErr, FSCreateDirectoryUnicode(&m_inner, name.size(), name.data(), 0, nullptr,
+                                                 &ref, nullptr, nullptr));
+    EXPECT_EQ(bdNamErr, FSRenameUnicode(&existing, name.size(), name.data(), 0, &ref));
+  }
+  std::vector<std::string> outer, inner;
+  for (const auto& entry : fs::directory_iterator(m_temp.Path())) outer.push_back(entry.path());
+  for (const auto& entry : fs::directory_iterator(m_temp.Path("inner")))
+    inner.push_back(entry.path());
+  EXPECT_EQ(std::vector<std::string>{m_temp.Path("inner")}, outer);
+  EXPECT_EQ(std::vector<std::string>{m_temp.Path("inner/existing")}, inner);
+  FSRef longest;
+  EXPECT_EQ(noErr, CreateFile(m_inner, std::u16string(255, u'n'), &longest));
+}
+
+TEST_F(FilesTest, LookupTellsMissingFromMisuse) {
+  FSRef file, ref;
+  ASSERT_EQ(noErr, CreateFile(m_inner, u"file", &file));
+  const FSRef nothing = {};
+  EXPECT_EQ(fnfErr, Child(m_inner, u"missing", ref));
+  EXPECT_EQ(dirNFErr, Child(file, u"x", ref));
+  EXPECT_EQ(nsvErr, Child(nothing, u"x", ref));
+  EXPECT_EQ(nsvErr, FSGetCatalogInfo(&nothing, kFSCatInfoNone, nullptr, nullptr, nullptr, nullptr));
+  EXPECT_EQ(fnfErr, PathRef(m_temp.Path("inner/missing"), ref));
+}
+
+TEST_F(FilesTest, ReferencesCompareByObjectThroughLinks) {
+  m_temp.Write("inner/target", "x");
+  fs::create_symlink("target", m_temp.Path("inner/soft"));
+  fs::create_hard_link(m_temp.Path("inner/target"), m_temp.Path("inner/hard"));
+  FSRef target, viaPath, hard, link;
+  ASSERT_EQ(noErr, Child(m_inner, u"target", target));
+  ASSERT_EQ(noErr, PathRef(m_temp.Path("inner/soft"), viaPath));
+  ASSERT_EQ(noErr, Child(m_inner, u"hard", hard));
+  ASSERT_EQ(noErr, Child(m_inner, u"soft", link));
+  EXPECT_EQ(noErr, FSCompareFSRefs(&target, &viaPath));  // a path follows the link
+  EXPECT_EQ(noErr, FSCompareFSRefs(&target, &hard));
+  EXPECT_EQ(errFSRefsDifferent, FSCompareFSRefs(&target, &link));  // a name is the link itself
+}
+
+TEST_F(FilesTest, LinksInsideTheFolderLeadNowhereOutside) {
+  fs::create_directory(m_temp.Path("outside"));
+  fs::create_directory_symlink(m_temp.Path("outside"), m_temp.Path("inner/folder-link"));
+  fs::create_symlink(m_temp.Path("outside/planted"), m_temp.Path("inner/dangling"));
+  FSRef folderLink, ref;
+  ASSERT_EQ(noErr, Child(m_inner, u"folder-link", folderLink));
+  EXPECT_EQ(dirNFErr, CreateFile(folderLink, u"x", &ref));
+  EXPECT_EQ(dupFNErr, CreateFile(m_inner, u"dangling", &ref));
+  EXPECT_TRUE(fs::is_empty(m_temp.Path("outside")));
+}
+
+TEST_F(FilesTest, ReferenceToDeletedOrReplacedObjectIsInvalid) {
+  FSRef deleted, replaced, ref;
+  ASSERT_EQ(noErr, CreateFile(m_inner, u"deleted", &deleted));
+  ASSERT_EQ(noErr, CreateFile(m_inner, u"replaced", &replaced));
+  ASSERT_EQ(noErr, FSDeleteObject(&deleted));
+  m_temp.Write("inner/new", "new");
+  fs::rename(m_temp.Path("inner/new"), m_temp.Path("inner/replaced"));
+  EXPECT_EQ(fnfErr, FSGetCatalogInfo(&deleted, kFSCatInfoNone, nullptr, nullptr, nullptr, nullptr));
+  EXPECT_EQ(fnfErr,
+            FSGetCatalogInfo(&replaced, kFSCatInfoNone, nullptr, nullptr, nullptr, nullptr));
+  EXPECT_EQ(dirNFErr, CreateFile(deleted, u"x", &ref));
+}
+
+TEST_F(FilesTest, CreatedFileCarriesFinderInfoOnDisk) {
+  FSCatalogInfo info = {};
+  FileInfo finder = {MakeFourCharCode("TEXT"), MakeFourCharCode("    "), 0, {0, 0}, 0};
+  std::memcpy(info.finderInfo, &finder, sizeof finder);
+  const std::vector<UniChar> name = Units(u"typed");
+  FSRef file;
+  ASSERT_EQ(noErr, FSCreateFileUnicode(&m_inner, name.size(), name.data(), kFSCatInfoFinderInfo,
+                                       &info, &file, nullptr));
+  unsigned char raw[32];
+  if (getxattr(m_temp.Path("inner/typed").c_str(), "user.com.apple.FinderInfo", raw, sizeof raw) <
+      0)
+    GTEST_SKIP() << "no extended attributes on this file system";
+  EXPECT_EQ(0, std::memcmp(raw, "TEXT    ", 8));
+}
+
+}  // namespace
