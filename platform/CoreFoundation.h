@@ -8,8 +8,10 @@
 struct FSRef;
 
 typedef long CFIndex;
+typedef unsigned long CFTypeID;
 typedef UInt32 CFStringEncoding;
 typedef const void* CFTypeRef;
+typedef CFTypeRef CFPropertyListRef;
 typedef const struct CFAllocatorObject* CFAllocatorRef;
 typedef const struct CFStringObject* CFStringRef;
 typedef const struct CFURLObject* CFURLRef;
@@ -108,3 +110,14 @@ CFBundleRef CFBundleCreate(CFAllocatorRef allocator, CFURLRef bundleURL);
 // Loads the bundle's executable: the shared object inside the bundle folder named like the folder
 // without its extension ("Name.framework/Name"). Releasing the bundle unloads it.
 Boolean CFBundleLoadExecutable(CFBundleRef bundle);
+
+// What kind of object `object` is: strings, URLs, bundles and each kind of preference value
+// (number, boolean, array, dictionary, date, data) have identifiers of their own.
+CFTypeID CFGetTypeID(CFTypeRef object);
+CFTypeID CFStringGetTypeID();
+
+// A copy of the value of `key` in the preferences of `applicationID`, read from the user's
+// preferences file $XDG_CONFIG_HOME/<applicationID>.plist ($HOME/.config when unset), an XML
+// property list. Values keep their types. Null when the file is missing, unreadable or malformed,
+// or holds no such key.
+CFPropertyListRef CFPreferencesCopyAppValue(CFStringRef key, CFStringRef applicationID);

@@ -7,23 +7,9 @@
 #include <cstdlib>
 #include <string>
 
-#include "platform/PosixFiles.h"  // MacErrorFromErrno
+#include "platform/PosixFiles.h"  // MacErrorFromErrno, UserBaseFolder
 
 namespace {
-
-// The base directory of the user's data files: $XDG_DATA_HOME, or $HOME/.local/share when it is
-// unset. Relative values are not paths the desktop recognises; they count as unset.
-bool UserDataFolder(std::string& path) {
-  const char* dataHome = std::getenv("XDG_DATA_HOME");
-  if (dataHome != nullptr && dataHome[0] == '/') {
-    path = dataHome;
-    return true;
-  }
-  const char* home = std::getenv("HOME");
-  if (home == nullptr || home[0] != '/') return false;
-  path = std::string(home) + "/.local/share";
-  return true;
-}
 
 // mkdir -p: makes each missing folder of `path`. 0 or an errno value.
 int MakeFolders(const std::string& path) {
@@ -37,13 +23,25 @@ int MakeFolders(const std::string& path) {
 
 }  // namespace
 
+bool UserBaseFolder(const char* variable, const char* underHome, std::string& path) {
+  const char* value = std::getenv(variable);
+  if (value != nullptr && value[0] == '/') {
+    path = value;
+    return true;
+  }
+  const char* home = std::getenv("HOME");
+  if (home == nullptr || home[0] != '/') return false;
+  path = std::string(home) + "/" + underHome;
+  return true;
+}
+
 OSErr FSFindFolder(FSVolumeRefNum vRefNum, OSType folderType, Boolean createFolder,
                    FSRef* foundRef) {
   if (foundRef == nullptr) return paramErr;
   if (vRefNum != kOnSystemDisk && vRefNum != kOnAppropriateDisk && vRefNum != kUserDomain)
     return nsvErr;
   std::string path;
-  if (!UserDataFolder(path)) return fnfErr;
+  if (!UserBaseFolder("XDG_DATA_HOME", ".local/share", path)) return fnfErr;
   if (folderType == kFrameworksFolderType)
     path += "/Frameworks";
   else if (folderType != kApplicationSupportFolderType)

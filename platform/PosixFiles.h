@@ -18,6 +18,11 @@ struct ObjectOnDisk {
   bool m_bIsDirectory = false;
 };
 
+// One of the user's base folders as the desktop defines them: the absolute path in `variable`
+// (such as XDG_DATA_HOME), else `underHome` (such as ".local/share") inside $HOME. A relative
+// value is not one the desktop recognises and counts as unset. False when neither gives a path.
+bool UserBaseFolder(const char* variable, const char* underHome, std::string& path);
+
 // The Mac status for a failed POSIX call's errno.
 OSErr MacErrorFromErrno(int error);
 

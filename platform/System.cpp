@@ -31,9 +31,16 @@ bool DebuggerAttached() {
 
 OSErr Gestalt(OSType selector, SInt32* response) {
   if (response == nullptr) return paramErr;
-  if (selector != gestaltSystemVersion) return gestaltUndefSelectorErr;
-  *response = 0x1049;
-  return noErr;
+  switch (selector) {
+    case gestaltSystemVersion:
+      *response = 0x1049;
+      return noErr;
+    case gestaltFindFolderAttr:
+      *response = 1 << gestaltFolderMgrPresent | 1 << gestaltFolderMgrSupportsDomains;
+      return noErr;
+    default:
+      return gestaltUndefSelectorErr;
+  }
 }
 
 TextEncoding GetApplicationTextEncoding() { return kCFStringEncodingUTF8; }

@@ -5,10 +5,16 @@
 #include "platform/CoreFoundation.h"
 #include "platform/MacTypes.h"
 
-enum : OSType { gestaltSystemVersion = MakeFourCharCode("sysv") };
+enum : OSType {
+  gestaltSystemVersion = MakeFourCharCode("sysv"),
+  gestaltFindFolderAttr = MakeFourCharCode("fold"),
+};
 
-// gestaltSystemVersion answers 0x1049 in BCD (system 10.4.9). Any other selector:
-// gestaltUndefSelectorErr.
+// Bits of the gestaltFindFolderAttr answer.
+enum { gestaltFolderMgrPresent = 0, gestaltFolderMgrSupportsDomains = 4 };
+
+// gestaltSystemVersion answers 0x1049 in BCD (system 10.4.9); gestaltFindFolderAttr answers that
+// the Folder Manager is present and supports domains. Any other selector: gestaltUndefSelectorErr.
 OSErr Gestalt(OSType selector, SInt32* response);
 
 // The encoding of the application's narrow strings: kCFStringEncodingUTF8, as file names and

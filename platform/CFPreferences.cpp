@@ -1,0 +1,162 @@
+// CFPreferences.cpp: reading a user's preferences, which live in XML property lists, and the
+// type identifiers that tell their values apart.
+#include <fstream>
+#include <iterator>
+#include <map>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "platform/CFObject.h"
+#include "platform/PosixFiles.h"  // UserBaseFolder
+#include "platform/Unicode.h"
+#include "xmlparser/Xml.h"
+
+namespace {
+
+enum : CFTypeID {
+  kOtherTypeID = 1,
+  kStringTypeID,
+  kURLTypeID,
+  kNumberTypeID,
+  kBooleanTypeID,
+  kArrayTypeID,
+  kDictionaryTypeID,
+  kDateTypeID,
+  kDataTypeID,
+};
+
+// A preference value other than a string. Only its kind is ever asked for, so only its kind is
+// kept.
+struct CFPropertyObject : CFObject {
+  explicit CFPropertyObject(CFTypeID typeID) : m_nTypeID(typeID) {}
+  CFTypeID m_nTypeID;
+};
+
+typedef std::unique_ptr<const CFObject, void (*)(CFTypeRef)> Owned;
+
+Owned Own(const CFObject* object) { return Owned(object, CFRelease); }
+
+// The text of a value element exactly as written: its text, references and CDATA sections,
+// without the white space normalising that element values get.
+TString RawText(const Xml::Element& element) {
+  TString text;
+  for (const Xml::Node* child : element) {
+    if (!child->IsKindOf(Xml::NODE_COMMENT) && !child->IsKindOf(Xml::NODE_PI)) {
+      text += child->GetValue();
+    }
+  }
+  return text;
+}
+
+// UTF-16 units of text decoded from a file, where a character reference may stand for a
+// character beyond the 16-bit range.
+std::vector<UniChar> Utf16(const TString& text) {
+  std::vector<UniChar> units;
+  for (wchar_t c : text) {
+    if (c > 0xFFFF && c <= 0x10FFFF) {
+      units.push_back(static_cast<UniChar>(0xD800 + ((c - 0x10000) >> 10)));
+      units.push_back(static_cast<UniChar>(0xDC00 + (c & 0x3FF)));
+    } else {
+      units.push_back(static_cast<UniChar>(c));
+    }
+  }
+  return units;
+}
+
+// The value that a property list element stands for; null for an element that is not a value.
+Owned ValueOf(const Xml::Element& element) {
+  static const std::map<TString, CFTypeID> kinds = {
+      {L"integer", kNumberTypeID}, {L"real", kNumberTypeID}, {L"true", kBooleanTypeID},
+      {L"false", kBooleanTypeID},  {L"array", kArrayTypeID}, {L"dict", kDictionaryTypeID},
+      {L"date", kDateTypeID},      {L"data", kDataTypeID},
+  };
+  if (element.GetName() == L"string") return Own(MakeCFString(Utf16(RawText(element))));
+  auto kind = kinds.find(element.GetName());
+  return Own(kind != kinds.end() ? new CFPropertyObject(kind->second) : nullptr);
+}
+
+// The value after the key `key` in the top dictionary of the property list `document`; when a
+// key stands twice, the later one wins, as it would in a dictionary built in file order.
+Owned LookUp(const Xml::Document& document, const TString& key) {
+  Owned found = Own(nullptr);
+  const Xml::Element& plist = document.GetRoot();
+  if (plist.GetName() != L"plist") return found;
+  for (const Xml::Node* dict : plist) {
+    if (!dict->IsKindOf(Xml::NODE_ELEMENT) || dict->GetName() != L"dict") continue;
+    bool afterKey = false, afterMatchingKey = false;
+    for (const Xml::Node* child : static_cast<const Xml::Element&>(*dict)) {
+      if (!child->IsKindOf(Xml::NODE_ELEMENT)) continue;
+      const auto& element = static_cast<const Xml::Element&>(*child);
+      if (afterKey) {
+        if (afterMatchingKey) found = ValueOf(element);
+        afterKey = afterMatchingKey = false;
+      } else if (element.GetName() == L"key") {
+        afterKey = true;
+        afterMatchingKey = RawText(element) == key;
+      }
+    }
+    break;  // only the first dictionary is the preferences
+  }
+  return found;
+}
+
+// The text of a preferences file: UTF-16 after a byte-order mark, else UTF-8.
+bool Decode(const std::string& bytes, TString& text) {
+  auto byte = [&](std::size_t i) { return static_cast<unsigned char>(bytes[i]); };
+  if (bytes.size() >= 2 &&
+      ((byte(0) == 0xFE && byte(1) == 0xFF) || (byte(0) == 0xFF && byte(1) == 0xFE))) {
+    const bool bigEndian = byte(0) == 0xFE;
+    for (std::size_t i = 2; i + 1 < bytes.size(); i += 2) {
+      text +=
+          static_cast<wchar_t>(bigEndian ? byte(i) << 8 | byte(i + 1) : byte(i + 1) << 8 | byte(i));
+    }
+    return true;
+  }
+  std::vector<UniChar> units;
+  if (!DecodeUtf8(reinterpret_cast<const UInt8*>(bytes.data()), bytes.size(), units)) return false;
+  text.assign(units.begin(), units.end());
+  return true;
+}
+
+TString TextOf(CFStringRef string) {
+  return TString(string->m_units.begin(), string->m_units.end());
+}
+
+}  // namespace
+
+CFTypeID CFStringGetTypeID() { return kStringTypeID; }
+
+CFTypeID CFGetTypeID(CFTypeRef object) {
+  const auto* cf = static_cast<const CFObject*>(object);
+  if (dynamic_cast<const CFStringObject*>(cf) != nullptr) return kStringTypeID;
+  if (dynamic_cast<const CFURLObject*>(cf) != nullptr) return kURLTypeID;
+  if (const auto* value = dynamic_cast<const CFPropertyObject*>(cf)) return value->m_nTypeID;
+  return kOtherTypeID;
+}
+
+CFPropertyListRef CFPreferencesCopyAppValue(CFStringRef key, CFStringRef applicationID) {
+  if (key == nullptr || applicationID == nullptr) return nullptr;
+  std::string folder, name;
+  if (!UserBaseFolder("XDG_CONFIG_HOME", ".config", folder)) return nullptr;
+  // The application ID names one file in the folder, never a path elsewhere.
+  const TString id = TextOf(applicationID);
+  if (id.empty() || id == L"." || id == L".." || id.find(L'/') != TString::npos ||
+      !EncodeUtf8(applicationID->m_units.data(), applicationID->m_units.size(), name) ||
+      name.find('\0') != std::string::npos) {
+    return nullptr;
+  }
+  std::ifstream file(folder + "/" + name + ".plist", std::ios::binary);
+  if (!file) return nullptr;
+  const std::string bytes((std::istreambuf_iterator<char>(file)), std::istreambuf_iterator<char>());
+  TString text;
+  if (file.bad() || !Decode(bytes, text)) return nullptr;
+  try {
+    Xml::Parser parser;
+    std::unique_ptr<Xml::Document> document(
+        parser.Parse(text.data(), static_cast<int>(text.size())));
+    return LookUp(*document, TextOf(key)).release();
+  } catch (const Xml::ParsingException&) {
+    return nullptr;  // a malformed file holds no values
+  }
+}
