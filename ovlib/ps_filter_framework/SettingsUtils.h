@@ -1,0 +1,76 @@
+// SettingsUtils.h: the settings routing rules: what a settings file is, which product set and
+// filter own it, where that filter keeps the user's settings, and the old-style package that
+// carries a legacy settings file. Shows no UI; alerts live in mac/.
+#pragma once
+
+#include <vector>
+
+#include "xmlparser/TString.h"
+
+class OVFileSystemReference;
+
+// The settings vocabulary. Comparisons against these are exact and case-sensitive.
+extern const TString set_qname;               // "set": root attribute naming the product set
+extern const TString filter_qname;            // "filter": root attribute naming the filter
+extern const TString setting_qname;           // "setting": root of an XML settings file
+extern const TString keyid_qname;             // "keyid"
+extern const TString param_qname;             // "param"
+extern const TString name_qname;              // "name": root attribute naming the setting
+extern const TString oldstyle_setting_qname;  // "oldstyle_setting": root of an old-style package
+extern const TString glimmerbox;              // the legacy product, whose folder the user picks
+extern const TString daubery;
+extern const TString mendora;
+extern const TString zephyrine;
+
+// `s` lower-cased in the C locale (only A to Z change), with every space dropped; other white
+// space stays. "Big Set 3" becomes "bigset3".
+TString ToLowerCaseAndStripSpaces(const TString& s);
+
+class SettingsUtils {
+ public:
+  // Examines `sourceFile`: an XML settings file (root "setting"), an old-style package (root
+  // "oldstyle_setting") or a text settings file (not XML, first character "["). On 0 the names
+  // the file states and `isOldStyle` are set, and either `needsGlimmerboxFolder` (an XML form of
+  // the legacy set: the user picks the folder) or `destinationFolder`, the filter's user settings
+  // folder, created as needed. `settingName` is written for the XML forms only. A failed read or
+  // decoding returns its status; anything else that is not a setting returns -1.
+  static int LocateFolderForSetting(const OVFileSystemReference& sourceFile,
+                                    OVFileSystemReference& destinationFolder, TString& settingName,
+                                    TString& setName, TString& filterName, bool& isOldStyle,
+                                    bool& needsGlimmerboxFolder);
+
+  // The folder "Orvelle"/`setName`/`filterName` inside the set's "User Folder" preference, or
+  // inside the user's Application Support folder when that preference is not a path to an
+  // existing object. Missing levels are created. 0, or -1 with the levels made so far left in
+  // place. Each name is one name inside its parent, never a path.
+  static int GetUserSettingsFolderForFilter(const TString& setName, const TString& filterName,
+                                            OVFileSystemReference& userSettingsFolder);
+
+  // The product set of an old filter: 0 and `setName` assigned when the filter is known, else -1
+  // and `setName` untouched.
+  static int SetNameFromFilterName(const TString& filterName, TString& setName);
+
+  // Writes the legacy file that the package carries into `destinationFolder` under the package's
+  // setting name, replacing a file of that name, and puts it in `unpackedFile`. A failed read or
+  // decoding returns its status; a package that is not one, or a failed write, -1.
+  static int UnpackageOldSettingsFile(OVFileSystemReference& packageFile,
+                                      OVFileSystemReference& destinationFolder,
+                                      OVFileSystemReference& unpackedFile);
+
+  // Packages the legacy file `oldSettingsFile` as "<its name>.f1s" in `destinationFolder`, never
+  // replacing an existing file, and puts the package in `packageFile`. -1 when the filter is
+  // unknown, when the file holds what a package cannot carry (see CanCarryOldSettings), or when
+  // the write fails; a failed read returns its status.
+  static int PackageOldSettingsFile(const OVFileSystemReference& oldSettingsFile,
+                                    const OVFileSystemReference& destinationFolder,
+                                    OVFileSystemReference& packageFile);
+
+  // The filter a legacy file names: its bytes before the first carriage return, vertical tab or
+  // space, each byte one character.
+  static TString OldSettingsFilterName(const std::vector<unsigned char>& bytes);
+
+  // Whether a package can carry `bytes` and give them back whole: a package holds them as
+  // character data, which cannot hold a zero byte, control bytes other than tab, line feed and
+  // carriage return, or the sequence "]]>".
+  static bool CanCarryOldSettings(const std::vector<unsigned char>& bytes);
+};

@@ -1,0 +1,267 @@
+#include <gtest/gtest.h>
+
+#include "ovlib/ps_filter_framework/SettingsUtils.h"
+#include "tests/ovlib/ps_filter_framework/SettingsHome.h"
+
+namespace {
+
+const char* const kAppSupport = "home/data/Orvelle/";
+
+// The bytes of `text` as UTF-16 with a byte-order mark, in either order.
+std::string Utf16(const std::u16string& text, bool bigEndian) {
+  std::string bytes = bigEndian ? "\xFE\xFF" : "\xFF\xFE";
+  for (char16_t unit : text) {
+    const char high = static_cast<char>(unit >> 8), low = static_cast<char>(unit & 0xFF);
+    bytes += bigEndian ? std::string{high, low} : std::string{low, high};
+  }
+  return bytes;
+}
+
+class SettingsUtilsTest : public SettingsHomeTest {
+ protected:
+  // Examines `contents` with outputs that show what was left untouched.
+  struct Examination {
+    int status;
+    bool isOldStyle = true, needsGlimmerboxFolder = true;
+    TString setName = L"(untouched)", filterName = L"(untouched)", settingName = L"(untouched)";
+    std::string folder;
+  };
+  Examination Examine(const std::string& contents) {
+    Examination result;
+    OVFileSystemReference destination;
+    result.status = SettingsUtils::LocateFolderForSetting(
+        Input("setting", contents), destination, result.settingName, result.setName,
+        result.filterName, result.isOldStyle, result.needsGlimmerboxFolder);
+    result.folder = Relative(destination);
+    return result;
+  }
+  void WritePreferences(const std::string& domain, const std::string& value) {
+    m_temp.Write("home/config/" + domain + ".plist",
+                 "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
+                 "<!DOCTYPE plist PUBLIC \"-//Orvelle//DTD PLIST 1.0//EN\" \"plist.dtd\">\n"
+                 "<plist version=\"1.0\"><dict><key>User Folder</key>" +
+                     value + "</dict></plist>\n");
+  }
+};
+
+TEST_F(SettingsUtilsTest, ExaminesTheThreeForms) {
+  struct Case {
+    const char* label;
+    std::string contents;
+    int status;
+    bool isOldStyle, needsGlimmerboxFolder;
+    const wchar_t *setName, *filterName, *settingName;
+    std::string folder;  // below the Application Support folder's "Orvelle"; "" for none
+  };
+  const Case cases[] = {
+      {"xml setting", "<setting set=\"Daubery\" filter=\"F\" name=\"N\"/>", 0, false, false,
+       L"Daubery", L"F", L"N", "Daubery/F"},
+      {"old-style package",
+       "<oldstyle_setting filter=\"F\" name=\"N\" set=\"Mendora\"><![CDATA[x]]>"
+       "</oldstyle_setting>",
+       0, true, false, L"Mendora", L"F", L"N", "Mendora/F"},
+      {"legacy set", "<setting set=\"Glimmerbox\" filter=\"F\"/>", 0, false, true, L"Glimmerbox",
+       L"F", L"", ""},
+      {"values trimmed", "<setting set=\" Daubery\t\" filter=\"F\" name=\" N \"/>", 0, false, false,
+       L"Daubery", L"F", L"N", "Daubery/F"},
+      {"utf-16", Utf16(u"<setting set=\"Zephyrine\" filter=\"F\" name=\"N\"/>", true), 0, false,
+       false, L"Zephyrine", L"F", L"N", "Zephyrine/F"},
+      {"no set: the empty name is refused", "<setting filter=\"F\" name=\"N\"/>", -1, false, false,
+       L"", L"F", L"N", ""},
+      {"root Setting", "<Setting set=\"Daubery\" filter=\"F\"/>", -1, true, false, L"(untouched)",
+       L"(untouched)", L"(untouched)", ""},
+      {"root settings", "<settings set=\"Daubery\" filter=\"F\"/>", -1, true, false, L"(untouched)",
+       L"(untouched)", L"(untouched)", ""},
+      {"text form", "[{\"set\": \"Mendora\", \"filter\": \"F\"}]", 0, false, false, L"Mendora",
+       L"F", L"(untouched)", "Mendora/F"},
+      {"text keys in any order", "[{\"filter\": \"F\", \"set\": \"Mendora\"}]", 0, false, false,
+       L"Mendora", L"F", L"(untouched)", "Mendora/F"},
+      {"text keys must match exactly", "[{\"set\":\"Mendora\", \"Filter\": \"F\"}]", 0, false,
+       false, L"set", L"filter", L"(untouched)", "set/filter"},
+      {"empty text value runs on", "[{\"set\": \"\", \"filter\": \"F\"}]", 0, false, false, L"\", ",
+       L"F", L"(untouched)", "\", /F"},
+      {"unclosed text value", "[{\"filter\": \"F\", \"set\": \"Mendora", 0, false, false,
+       L"Mendora", L"F", L"(untouched)", "Mendora/F"},
+      {"text form of the legacy set", "[\"set\": \"Glimmerbox\", \"filter\": \"F\"]", 0, false,
+       false, L"Glimmerbox", L"F", L"(untouched)", "Glimmerbox/F"},
+      {"utf-8 mark before the text form", "\xEF\xBB\xBF[\"set\": \"Mendora\", \"filter\": \"F\"]",
+       0, false, false, L"Mendora", L"F", L"(untouched)", "Mendora/F"},
+      {"leading space", " [{\"set\": \"Mendora\"}]", -1, true, false, L"(untouched)",
+       L"(untouched)", L"(untouched)", ""},
+      {"neither XML nor text form", "set=Mendora", -1, true, false, L"(untouched)", L"(untouched)",
+       L"(untouched)", ""},
+      {"not UTF-8", "<setting set=\"Daub\xFF\"/>", -1, true, false, L"(untouched)", L"(untouched)",
+       L"(untouched)", ""},
+      {"three bytes", "[ab", -1, true, false, L"(untouched)", L"(untouched)", L"(untouched)", ""},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.label);
+    Examination result = Examine(c.contents);
+    EXPECT_EQ(c.status, result.status);
+    EXPECT_EQ(c.isOldStyle, result.isOldStyle);
+    EXPECT_EQ(c.needsGlimmerboxFolder, result.needsGlimmerboxFolder);
+    EXPECT_EQ(c.setName, result.setName);
+    EXPECT_EQ(c.filterName, result.filterName);
+    EXPECT_EQ(c.settingName, result.settingName);
+    EXPECT_EQ(c.folder.empty() ? "" : kAppSupport + c.folder, result.folder);
+  }
+}
+
+TEST_F(SettingsUtilsTest, UserFolderPreference) {
+  std::filesystem::create_directory(m_temp.Path("presets"));
+  struct Case {
+    const char* label;
+    std::string value;  // "" writes no preferences file
+    std::string folder;
+  };
+  const Case cases[] = {
+      {"a folder path", "<string>" + m_temp.Path("presets") + "</string>",
+       "presets/Orvelle/Daubery/F"},
+      {"a number", "<integer>7</integer>", "home/data/Orvelle/Daubery/F"},
+      {"a list", "<array><string>/</string></array>", "home/data/Orvelle/Daubery/F"},
+      {"a path that does not exist", "<string>" + m_temp.Path("missing") + "</string>",
+       "home/data/Orvelle/Daubery/F"},
+      {"malformed", "<string>unclosed", "home/data/Orvelle/Daubery/F"},
+      {"no preferences file", "", "home/data/Orvelle/Daubery/F"},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.label);
+    std::filesystem::remove(m_temp.Path("home/config/com.orvelle.daubery.plist"));
+    if (!c.value.empty()) WritePreferences("com.orvelle.daubery", c.value);
+    OVFileSystemReference folder;
+    EXPECT_EQ(0, SettingsUtils::GetUserSettingsFolderForFilter(L"Daubery", L"F", folder));
+    EXPECT_EQ(c.folder, Relative(folder));
+  }
+
+  // The domain uses the reduced set name; the folder keeps the name as it is.
+  WritePreferences("com.orvelle.bigset3", "<string>" + m_temp.Path("presets") + "</string>");
+  OVFileSystemReference folder;
+  EXPECT_EQ(0, SettingsUtils::GetUserSettingsFolderForFilter(L"Big Set 3", L"F", folder));
+  EXPECT_EQ("presets/Orvelle/Big Set 3/F", Relative(folder));
+}
+
+TEST_F(SettingsUtilsTest, AFileWhereAFolderBelongs) {
+  std::filesystem::create_directories(m_temp.Path("home/data/Orvelle"));
+  m_temp.Write("home/data/Orvelle/Daubery", "not a folder");
+  OVFileSystemReference folder;
+  EXPECT_EQ(-1, SettingsUtils::GetUserSettingsFolderForFilter(L"Daubery", L"F", folder));
+}
+
+TEST_F(SettingsUtilsTest, NamesFromTheFileNeverReachOutsideTheirFolder) {
+  const std::string hostile[] = {
+      "<setting set=\"../../escape\" filter=\"F\"/>",
+      "<setting set=\"Daubery\" filter=\"a/escape\"/>",
+      "<setting set=\"..\" filter=\"escape\"/>",
+      "<setting set=\"Daubery\" filter=\"..\"/>",
+      "[\"set\": \"../../escape\", \"filter\": \"F\"]",
+      "[\"set\": \"Mendora\", \"filter\": \"../escape\"]",
+      std::string("[\"set\": \"Mendora\", \"filter\": \"a\0escape\"]", 44),
+  };
+  for (const std::string& contents : hostile) {
+    SCOPED_TRACE(contents);
+    EXPECT_EQ(-1, Examine(contents).status);
+  }
+  OVFileSystemReference unpacked, folder = Ref("home/data");
+  OVFileSystemReference package =
+      Input("p.f1s", "<oldstyle_setting name=\"../escape\"><![CDATA[x]]></oldstyle_setting>");
+  EXPECT_EQ(-1, SettingsUtils::UnpackageOldSettingsFile(package, folder, unpacked));
+
+  EXPECT_EQ(std::string::npos, Listing().find("escape")) << Listing();
+}
+
+TEST_F(SettingsUtilsTest, PackageRoundTrip) {
+  const std::string old = "BristleDrag\rradius=3\r\rcolour=\xE9\xFF \"q\" <&>\r";
+  OVFileSystemReference oldFile = Input("old setting", old), package;
+  std::filesystem::create_directory(m_temp.Path("out"));
+  ASSERT_EQ(0, SettingsUtils::PackageOldSettingsFile(oldFile, Ref("out"), package));
+  EXPECT_EQ("out/old setting.f1s", Relative(package));
+  EXPECT_EQ(
+      Utf16(u"<?xml version=\"1.0\" encoding=\"UTF-16\"?>\n"
+            u"<oldstyle_setting filter=\"BristleDrag\" name=\"old setting\" set=\"Daubery\">\n"
+            u"  <![CDATA[BristleDrag\rradius=3\r\rcolour=\u00E9\u00FF \"q\" <&>\r]]>\n"
+            u"</oldstyle_setting>",
+            false),
+      m_temp.Contents("out/old setting.f1s"));
+
+  // The application examines the package and unpacks it under the setting's own name.
+  Examination result = Examine(m_temp.Contents("out/old setting.f1s"));
+  EXPECT_EQ(0, result.status);
+  EXPECT_TRUE(result.isOldStyle);
+  EXPECT_EQ(L"old setting", result.settingName);
+  ASSERT_EQ("home/data/Orvelle/Daubery/BristleDrag", result.folder);
+  OVFileSystemReference destination = Ref(result.folder), unpacked;
+  ASSERT_EQ(0, SettingsUtils::UnpackageOldSettingsFile(package, destination, unpacked));
+  EXPECT_EQ("home/data/Orvelle/Daubery/BristleDrag/old setting", Relative(unpacked));
+  EXPECT_EQ(old, m_temp.Contents(result.folder + "/old setting"));
+
+  // A second package of the same file is refused and leaves the first as it was.
+  const std::string first = m_temp.Contents("out/old setting.f1s");
+  EXPECT_EQ(-1, SettingsUtils::PackageOldSettingsFile(oldFile, Ref("out"), package));
+  EXPECT_EQ(first, m_temp.Contents("out/old setting.f1s"));
+}
+
+TEST_F(SettingsUtilsTest, FilesAPackageCannotCarryAreRefused) {
+  const std::string refused[] = {
+      "Unknown\rradius=3",
+      std::string("BristleDrag\rzero\0byte", 21),
+      "BristleDrag\rcontrol\x01",
+      "BristleDrag\rends]]>early",
+  };
+  for (const std::string& old : refused) {
+    SCOPED_TRACE(old);
+    OVFileSystemReference package;
+    EXPECT_EQ(-1, SettingsUtils::PackageOldSettingsFile(Input("old", old), Ref("in"), package));
+    EXPECT_FALSE(std::filesystem::exists(m_temp.Path("in/old.f1s")));
+  }
+}
+
+TEST_F(SettingsUtilsTest, UnpacksWhatAReaderAccepts) {
+  struct Case {
+    const char* label;
+    std::string package;
+    int status;
+    std::string written;  // the bytes of the file "n"
+  };
+  const Case cases[] = {
+      {"utf-8 without a mark",
+       "<oldstyle_setting name=\"n\"><![CDATA[abc\r\n]]></oldstyle_setting>", 0, "abc\r\n"},
+      {"big-endian utf-16",
+       Utf16(u"<oldstyle_setting name=\"n\"><![CDATA[abc]]></oldstyle_setting>", true), 0, "abc"},
+      {"characters beyond a byte keep their low byte",
+       "<oldstyle_setting name=\" n \"><![CDATA[\xC5\x81x]]></oldstyle_setting>", 0, "Ax"},
+      {"only the first section",
+       "<oldstyle_setting name=\"n\">\n<![CDATA[one]]><![CDATA[two]]></oldstyle_setting>", 0,
+       "one"},
+      {"no section", "<oldstyle_setting name=\"n\"/>", 0, ""},
+      {"no name", "<oldstyle_setting><![CDATA[x]]></oldstyle_setting>", -1, "old"},
+      {"another root", "<setting name=\"n\"><![CDATA[x]]></setting>", -1, "old"},
+      {"not XML", "<oldstyle_setting name=\"n\"><![CDATA[x]]>", -1, "old"},
+      {"too short", "<a>", -1, "old"},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.label);
+    m_temp.Write("in/n", "old");
+    OVFileSystemReference package = Input("p.f1s", c.package), folder = Ref("in"), unpacked;
+    EXPECT_EQ(c.status, SettingsUtils::UnpackageOldSettingsFile(package, folder, unpacked));
+    EXPECT_EQ(c.written, m_temp.Contents("in/n"));
+  }
+}
+
+TEST(SettingsNamesTest, ReducedSetNames) {
+  struct Case {
+    const wchar_t *name, *reduced;
+  };
+  const Case cases[] = {
+      {L"Big Set 3", L"bigset3"}, {L"   ", L""}, {L"A\tB", L"a\tb"}, {L"\u00C4Z", L"\u00C4z"}};
+  for (const Case& c : cases) EXPECT_EQ(c.reduced, ToLowerCaseAndStripSpaces(c.name)) << c.name;
+}
+
+TEST(SettingsNamesTest, SetOfAnOldFilter) {
+  TString setName = L"(untouched)";
+  EXPECT_EQ(0, SettingsUtils::SetNameFromFilterName(L"Opaline_Wash", setName));
+  EXPECT_EQ(L"Glimmerbox", setName);
+  EXPECT_EQ(-1, SettingsUtils::SetNameFromFilterName(L"opaline_wash", setName));
+  EXPECT_EQ(L"Glimmerbox", setName);
+}
+
+}  // namespace
