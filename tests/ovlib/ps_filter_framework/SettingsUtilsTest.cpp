@@ -5,6 +5,8 @@
 
 namespace {
 
+using namespace std::string_literals;
+
 const char* const kAppSupport = "home/data/Orvelle/";
 
 // The bytes of `text` as UTF-16 with a byte-order mark, in either order.
@@ -155,7 +157,7 @@ TEST_F(SettingsUtilsTest, NamesFromTheFileNeverReachOutsideTheirFolder) {
       "<setting set=\"Daubery\" filter=\"..\"/>",
       "[\"set\": \"../../escape\", \"filter\": \"F\"]",
       "[\"set\": \"Mendora\", \"filter\": \"../escape\"]",
-      std::string("[\"set\": \"Mendora\", \"filter\": \"a\0escape\"]", 44),
+      "[\"set\": \"Mendora\", \"filter\": \"a\0escape\"]"s,
   };
   for (const std::string& contents : hostile) {
     SCOPED_TRACE(contents);
@@ -203,7 +205,7 @@ TEST_F(SettingsUtilsTest, PackageRoundTrip) {
 TEST_F(SettingsUtilsTest, FilesAPackageCannotCarryAreRefused) {
   const std::string refused[] = {
       "Unknown\rradius=3",
-      std::string("BristleDrag\rzero\0byte", 21),
+      "BristleDrag\rzero\0byte"s,
       "BristleDrag\rcontrol\x01",
       "BristleDrag\rends]]>early",
   };

@@ -1,0 +1,120 @@
+// kestrail-pack: makes old-style packages of old settings files, so that filter vendors can hand
+// them out for Kestrail to install. One line per file on standard output (the package made) or
+// standard error (why not); the status is 1 when any file failed, 2 for a wrong command line.
+#include <iostream>
+#include <string>
+#include <vector>
+
+#include "ovlib/base_ui_framework/mac/MacUtil.h"
+#include "ovlib/general_framework/OVFileSystemReferenceMac.h"
+#include "ovlib/ps_filter_framework/SettingsUtils.h"
+#include "platform/Files.h"
+
+namespace {
+
+const char kUsage[] = "usage: kestrail-pack [--into FOLDER] OLD-SETTINGS-FILE...";
+
+const char kHelp[] =
+    "Packages each old settings file as FILE.f1s, an old-style package that Kestrail installs\n"
+    "into the settings folder of the file's filter. The filter is the first word of the file.\n"
+    "\n"
+    "  --into FOLDER  write the packages into FOLDER (default: each file's own folder)\n"
+    "  --help         show this help\n"
+    "\n"
+    "An existing package is never replaced.\n";
+
+std::string PathOf(const OVFileSystemReference& ref) {
+  char path[4096];
+  return FSRefMakePath(ref, reinterpret_cast<UInt8*>(path), sizeof path) == noErr ? path : "?";
+}
+
+bool RefFromPath(const std::string& path, OVFileSystemReference& ref) {
+  return FSPathMakeRef(reinterpret_cast<const UInt8*>(path.c_str()), ref, nullptr) == noErr;
+}
+
+// A filter name as the user can read it: bytes that are not printable ASCII shown as \xNN.
+std::string Printable(const TString& name) {
+  static const char digits[] = "0123456789ABCDEF";
+  std::string text;
+  for (wchar_t c : name) {
+    if (c >= 0x20 && c < 0x7F) {
+      text += static_cast<char>(c);
+    } else {
+      text += {'\\', 'x', digits[(c >> 4) & 15], digits[c & 15]};
+    }
+  }
+  return text;
+}
+
+// Packages one file; false, with the reason on standard error, when it cannot.
+bool Package(const std::string& path, const OVFileSystemReference* into) {
+  auto fail = [&](const std::string& why) {
+    std::cerr << "kestrail-pack: " << path << ": " << why << "\n";
+    return false;
+  };
+  OVFileSystemReference file, folder, package;
+  if (!RefFromPath(path, file)) return fail("no such file");
+  if (file.IsFolder()) return fail("is a folder, not a settings file");
+  std::vector<unsigned char> bytes;
+  if (ReadDiskFileIntoBuffer(file, bytes) != 0) return fail("cannot read the file");
+  const TString filter = SettingsUtils::OldSettingsFilterName(bytes);
+  TString setName;
+  if (SettingsUtils::SetNameFromFilterName(filter, setName) != 0) {
+    return fail("unknown filter \"" + Printable(filter) + "\"");
+  }
+  if (!SettingsUtils::CanCarryOldSettings(bytes)) {
+    return fail("holds bytes a package cannot carry (a zero byte, a control character or \"]]>\")");
+  }
+  if (into != nullptr) {
+    folder = *into;
+  } else if (file.MakeParentReference(folder) != 0) {
+    return fail("cannot find the file's folder");
+  }
+  TString name;
+  bool exists = false;
+  if (file.GetName(name) != 0 || folder.SubobjectExists(name + L".f1s", exists) != 0) {
+    return fail("cannot name the package");
+  }
+  if (exists) return fail("a package already exists in " + PathOf(folder));
+  if (SettingsUtils::PackageOldSettingsFile(file, folder, package) != 0) {
+    return fail("cannot write the package in " + PathOf(folder));
+  }
+  std::cout << PathOf(package) << "\n";
+  return true;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  std::vector<std::string> files;
+  std::string into;
+  for (int i = 1; i < argc; ++i) {
+    const std::string argument = argv[i];
+    if (argument == "--help") {
+      std::cout << kUsage << "\n\n" << kHelp;
+      return 0;
+    }
+    if (argument == "--into" && i + 1 < argc) {
+      into = argv[++i];
+    } else if (argument.rfind("--", 0) == 0 && argument != "--") {
+      std::cerr << kUsage << "\n";
+      return 2;
+    } else if (argument != "--") {
+      files.push_back(argument);
+    }
+  }
+  if (files.empty()) {
+    std::cerr << kUsage << "\n";
+    return 2;
+  }
+  OVFileSystemReference intoFolder;
+  if (!into.empty() && (!RefFromPath(into, intoFolder) || !intoFolder.IsFolder())) {
+    std::cerr << "kestrail-pack: " << into << ": not a folder\n";
+    return 2;
+  }
+  bool allPackaged = true;
+  for (const std::string& file : files) {
+    allPackaged = Package(file, into.empty() ? nullptr : &intoFolder) && allPackaged;
+  }
+  return allPackaged ? 0 : 1;
+}
