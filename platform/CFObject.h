@@ -28,7 +28,7 @@ struct CFURLObject : CFObject {
 struct CFBundleObject : CFObject {
   ~CFBundleObject() override;
 
-  std::string m_strPath;  // the bundle folder
+  std::string m_strPath;  // the bundle folder; for the main bundle, the executable's folder
   void* m_pExecutable = nullptr;
 };
 
