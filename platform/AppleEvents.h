@@ -93,10 +93,6 @@ OSErr AEGetNthPtr(const AEDescList* theAEDescList, long index, DescType desiredT
 OSErr AEInstallEventHandler(AEEventClass theAEEventClass, AEEventID theAEEventID,
                             AEEventHandlerUPP handler, long handlerRefcon, Boolean isSysHandler);
 
-// errAEEventNotHandled when `handler` is not the one installed.
-OSErr AERemoveEventHandler(AEEventClass theAEEventClass, AEEventID theAEEventID,
-                           AEEventHandlerUPP handler, Boolean isSysHandler);
-
 // Reads the command line: --help and --version print and end the process with status 0, a
 // command line without files prints the usage and ends it with status 2. Otherwise delivers the
 // files' open-documents event to its handler and returns once that has been handled: after

@@ -76,15 +76,6 @@ OSErr AEInstallEventHandler(AEEventClass theAEEventClass, AEEventID theAEEventID
   return noErr;
 }
 
-OSErr AERemoveEventHandler(AEEventClass theAEEventClass, AEEventID theAEEventID,
-                           AEEventHandlerUPP handler, Boolean) {
-  const auto found = s_mapHandlers.find({theAEEventClass, theAEEventID});
-  if (found == s_mapHandlers.end() || found->second.m_pHandler != handler)
-    return errAEEventNotHandled;
-  s_mapHandlers.erase(found);
-  return noErr;
-}
-
 void QuitApplicationEventLoop() { s_bQuitRequested = true; }
 
 OSErr DispatchAppleEvent(const AppleEvent* event, AppleEvent* reply, bool& quit) {

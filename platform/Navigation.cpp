@@ -18,7 +18,6 @@ OSStatus NavGetDefaultDialogCreationOptions(NavDialogCreationOptions* outOptions
   if (outOptions == nullptr) return paramErr;
   *outOptions = NavDialogCreationOptions{};
   outOptions->version = kNavDialogCreationOptionsVersion;
-  outOptions->location = Point{-1, -1};
   outOptions->modality = kWindowModalityAppModal;
   return noErr;
 }

@@ -10,7 +10,6 @@
 typedef UInt32 WindowModality;
 typedef struct OpaqueWindowPtr* WindowRef;
 typedef struct OpaqueNavDialog* NavDialogRef;
-typedef UInt32 NavDialogOptionFlags;
 typedef UInt32 NavUserAction;
 typedef struct OpaqueNavEventProc* NavEventUPP;                // never called: pass null
 typedef struct OpaqueNavObjectFilterProc* NavObjectFilterUPP;  // never called: pass null
@@ -30,36 +29,26 @@ enum : NavUserAction {
 
 enum : UInt16 { kNavDialogCreationOptionsVersion = 0 };
 
-// Of the options only `message` reaches the user; the others are kept and have no effect.
+// The options the application sets. Only `message` reaches the user.
 struct NavDialogCreationOptions {
   UInt16 version;
-  NavDialogOptionFlags optionFlags;
-  Point location;  // (-1, -1): the default position
-  CFStringRef clientName;
-  CFStringRef windowTitle;
-  CFStringRef actionButtonLabel;
-  CFStringRef cancelButtonLabel;
-  CFStringRef saveFileName;
   CFStringRef message;
-  UInt32 preferenceKey;
-  WindowModality modality;
+  UInt32 preferenceKey;     // no effect: nothing is remembered from one dialog to the next
+  WindowModality modality;  // no effect: every dialog is application-modal
   WindowRef parentWindow;
 };
 
 struct NavReplyRecord {
   UInt16 version;
-  Boolean validRecord;  // false unless the user chose a folder
-  Boolean replacing;
-  Boolean isStationery;
-  Boolean translationNeeded;
+  Boolean validRecord;   // false unless the user chose a folder
   AEDescList selection;  // the chosen folder as one typeFSRef item
 };
 
-// Null texts, no parent window, application-modal.
+// No message, no parent window, application-modal.
 OSStatus NavGetDefaultDialogCreationOptions(NavDialogCreationOptions* outOptions);
 
 // A dialog that asks for one folder; the caller disposes of it with NavDialogDispose. The
-// options' texts are copied. `inOptions` may be null for the defaults.
+// message is copied. `inOptions` may be null for the defaults.
 OSStatus NavCreateChooseFolderDialog(const NavDialogCreationOptions* inOptions,
                                      NavEventUPP inEventProc, NavObjectFilterUPP inFilterProc,
                                      void* inClientData, NavDialogRef* outDialog);
