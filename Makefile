@@ -7,7 +7,7 @@ ASAN_BUILD ?= build-asan
 JOBS       ?= $(shell nproc)
 
 # Debian packages, by what needs them.
-BUILD_PACKAGES := cmake make g++ pkg-config libgtest-dev libboost-dev
+BUILD_PACKAGES := cmake make g++ pkg-config gettext libgtest-dev libboost-dev
 BENCH_PACKAGES := libbenchmark-dev
 FUZZ_PACKAGES  := clang libclang-rt-14-dev
 

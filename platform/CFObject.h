@@ -1,6 +1,7 @@
 // CFObject.h: what every Core Foundation object of the stand-in shares: a reference count and a
-// virtual destructor, so that one CFRelease frees strings, URLs and bundles alike. Only platform/
-// includes this header.
+// virtual destructor, so that one CFRelease frees strings, URLs and bundles alike; and the forms
+// of strings and file URLs that other platform/ calls build on. Only platform/ includes this
+// header.
 #pragma once
 
 #include <string>
@@ -24,5 +25,20 @@ struct CFURLObject : CFObject {
   std::string m_strText;  // the URL as written, escapes included
 };
 
+struct CFBundleObject : CFObject {
+  ~CFBundleObject() override;
+
+  std::string m_strPath;  // the bundle folder; for the main bundle, the executable's folder
+  void* m_pExecutable = nullptr;
+};
+
 // Strings made inside platform/ from UTF-16 units.
 CFStringRef MakeCFString(std::vector<UniChar> units);
+
+// A string in UTF-8 for showing to the user: a lone surrogate shows as U+FFFD.
+std::string DisplayText(CFStringRef string);
+
+// The file URL of an absolute path, escaped as CFURLCreateFromFSRef escapes it; and the path of a
+// file URL's text, false for text that is no file URL or holds a broken escape.
+std::string FileURLText(const std::string& path);
+bool FileURLPath(const std::string& text, std::string& path);

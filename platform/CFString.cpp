@@ -63,6 +63,22 @@ CFStringRef MakeCFString(std::vector<UniChar> units) {
   return string;
 }
 
+std::string DisplayText(CFStringRef string) {
+  // A lone surrogate has no UTF-8 form; the user still sees the rest of the text.
+  std::vector<UniChar> units = string->m_units;
+  for (std::size_t i = 0; i < units.size(); ++i) {
+    const bool high = units[i] >= 0xD800 && units[i] <= 0xDBFF;
+    const bool low = units[i] >= 0xDC00 && units[i] <= 0xDFFF;
+    if (high && i + 1 < units.size() && units[i + 1] >= 0xDC00 && units[i + 1] <= 0xDFFF)
+      ++i;
+    else if (high || low)
+      units[i] = 0xFFFD;
+  }
+  std::string text;
+  EncodeUtf8(units.data(), units.size(), text);
+  return text;
+}
+
 void CFRelease(CFTypeRef object) {
   if (object == nullptr) return;
   const CFObject* cf = static_cast<const CFObject*>(object);

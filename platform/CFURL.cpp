@@ -1,8 +1,5 @@
-// CFURL.cpp: the URL and bundle half of CoreFoundation.h. A URL is kept as its escaped text.
+// CFURL.cpp: the URL part of CoreFoundation.h. A URL is kept as its escaped text.
 #include "platform/CoreFoundation.h"
-
-#include <dlfcn.h>
-#include <sys/stat.h>
 
 #include <algorithm>
 #include <cstdio>
@@ -13,15 +10,6 @@
 #include "platform/CFObject.h"
 #include "platform/PosixFiles.h"
 #include "platform/Unicode.h"
-
-struct CFBundleObject : CFObject {
-  ~CFBundleObject() override {
-    if (m_pExecutable != nullptr) dlclose(m_pExecutable);
-  }
-
-  std::string m_strPath;
-  void* m_pExecutable = nullptr;
-};
 
 namespace {
 
@@ -69,9 +57,11 @@ CFURLRef MakeURL(std::string text) {
   return url;
 }
 
-// The unescaped path of a file URL in UTF-8, without a trailing slash except for "/".
-bool FileSystemPath(CFURLRef url, std::string& path) {
-  const std::string& text = url->m_strText;
+}  // namespace
+
+std::string FileURLText(const std::string& path) { return kFileScheme + Escape(path, true); }
+
+bool FileURLPath(const std::string& text, std::string& path) {
   if (text.compare(0, sizeof kFileScheme - 1, kFileScheme) != 0) return false;
   const std::size_t start = text.find('/', sizeof kFileScheme - 1);  // after the host, if any
   if (start == std::string::npos) return false;
@@ -92,12 +82,10 @@ bool FileSystemPath(CFURLRef url, std::string& path) {
   return true;
 }
 
-}  // namespace
-
 CFURLRef CFURLCreateFromFSRef(CFAllocatorRef, const FSRef* ref) {
   ObjectOnDisk object;
   if (ResolveReference(ref, object) != noErr) return nullptr;
-  std::string text = kFileScheme + Escape(object.m_strPath, true);
+  std::string text = FileURLText(object.m_strPath);
   if (object.m_bIsDirectory && text.back() != '/') text += '/';
   return MakeURL(std::move(text));
 }
@@ -134,29 +122,8 @@ CFURLRef CFURLCreateCopyAppendingPathComponent(CFAllocatorRef, CFURLRef url, CFS
 CFStringRef CFURLCopyFileSystemPath(CFURLRef url, CFURLPathStyle) {
   std::string path;
   std::vector<UniChar> units;
-  if (url == nullptr || !FileSystemPath(url, path) ||
+  if (url == nullptr || !FileURLPath(url->m_strText, path) ||
       !DecodeUtf8(reinterpret_cast<const UInt8*>(path.data()), path.size(), units))
     return nullptr;
   return MakeCFString(std::move(units));
-}
-
-CFBundleRef CFBundleCreate(CFAllocatorRef, CFURLRef bundleURL) {
-  std::string path;
-  struct stat status;
-  if (bundleURL == nullptr || !FileSystemPath(bundleURL, path) ||
-      stat(path.c_str(), &status) != 0 || !S_ISDIR(status.st_mode))
-    return nullptr;
-  CFBundleObject* bundle = new CFBundleObject;
-  bundle->m_strPath = path;
-  return bundle;
-}
-
-Boolean CFBundleLoadExecutable(CFBundleRef bundle) {
-  if (bundle == nullptr) return false;
-  if (bundle->m_pExecutable != nullptr) return true;
-  const std::string& path = bundle->m_strPath;
-  std::string name = path.substr(path.rfind('/') + 1);
-  name = name.substr(0, name.rfind('.'));
-  bundle->m_pExecutable = dlopen((path + "/" + name).c_str(), RTLD_NOW | RTLD_LOCAL);
-  return bundle->m_pExecutable != nullptr;
 }

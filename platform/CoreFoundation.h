@@ -1,5 +1,6 @@
-// CoreFoundation.h: reference-counted strings of UTF-16 units, file and web URLs, and framework
-// bundles, as far as the library's conversions, success messages and framework loading use them.
+// CoreFoundation.h: reference-counted strings of UTF-16 units, file and web URLs, framework
+// bundles and the application's localized texts, as far as the library's conversions, messages
+// and framework loading use them.
 // Objects returned by a Create... or Copy... call are the caller's to CFRelease; null is failure.
 #pragma once
 
@@ -110,6 +111,17 @@ CFBundleRef CFBundleCreate(CFAllocatorRef allocator, CFURLRef bundleURL);
 // Loads the bundle's executable: the shared object inside the bundle folder named like the folder
 // without its extension ("Name.framework/Name"). Releasing the bundle unloads it.
 Boolean CFBundleLoadExecutable(CFBundleRef bundle);
+
+// The application's own bundle, which is never released. Its localized texts are gettext
+// catalogs of the text domain "kestrail" in share/locale beside the executable's folder (so
+// <prefix>/bin/kestrail reads <prefix>/share/locale), or in $KESTRAIL_LOCALEDIR when that is set.
+CFBundleRef CFBundleGetMainBundle();
+
+// A new string: the main bundle's text for `key` in the user's language (from the locale
+// environment), else its English text, else `value`, or `key` when `value` is null or empty.
+// Other bundles have no texts. `tableName` is ignored: a bundle has one table.
+CFStringRef CFBundleCopyLocalizedString(CFBundleRef bundle, CFStringRef key, CFStringRef value,
+                                        CFStringRef tableName);
 
 // What kind of object `object` is: strings, URLs, bundles and each kind of preference value
 // (number, boolean, array, dictionary, date, data) have identifiers of their own.

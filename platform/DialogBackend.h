@@ -1,11 +1,12 @@
-// DialogBackend.h: the seam between the alert calls of Dialogs.h and whatever shows them. One
-// backend serves the process, picked once by ActiveDialogBackend(); tests put their own in place
-// with ScopedDialogBackend. The text backend talks on the terminal; the scripted one answers from
-// a queue and records what it was shown.
+// DialogBackend.h: the seam between the alert calls of Dialogs.h and the choose-folder dialog of
+// Navigation.h and whatever shows them. One backend serves the process, picked once by
+// ActiveDialogBackend(); tests put their own in place with ScopedDialogBackend. The text backend
+// talks on the terminal; the scripted one answers from queues and records what it was shown.
 #pragma once
 
 #include <deque>
 #include <iosfwd>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -32,9 +33,13 @@ class DialogBackend {
 
   // Shows the alert until the user picks a button and returns that button's item.
   virtual DialogItemIndex RunAlert(const AlertDescription& alert) = 0;
+
+  // Shows `message` (UTF-8, maybe empty) and lets the user choose an existing folder. Its POSIX
+  // path, or nothing when the user cancels.
+  virtual std::optional<std::string> ChooseFolder(const std::string& message) = 0;
 };
 
-// The backend that shows this process's alerts: one installed by a ScopedDialogBackend if any,
+// The backend that shows this process's dialogs: one installed by a ScopedDialogBackend if any,
 // else the one chosen on first use: the text backend on the standard streams (when there is no
 // graphical display or KESTRAIL_UI is "text"; for now always).
 DialogBackend& ActiveDialogBackend();
@@ -55,10 +60,13 @@ class ScopedDialogBackend {
 // buttons, and reads one line of answer from `in`: a label in any case, or its first letter when
 // no other label starts with it; an empty line or the end of input picks the default button.
 // Anything else is asked again, with the accepted answers spelled out.
+// A folder is chosen by typing its path on one line; a leading "~" stands for the home folder.
+// An empty line or the end of input cancels; a path that names no folder is asked for again.
 class TextDialogBackend : public DialogBackend {
  public:
   TextDialogBackend(std::istream& in, std::ostream& out, std::ostream& err);
   DialogItemIndex RunAlert(const AlertDescription& alert) override;
+  std::optional<std::string> ChooseFolder(const std::string& message) override;
 
  private:
   std::istream& m_in;
@@ -67,11 +75,16 @@ class TextDialogBackend : public DialogBackend {
 };
 
 // For tests: records every alert and answers with the queued items in turn, or with the alert's
-// default item once the queue is empty.
+// default item once the queue is empty. Folder questions likewise: each message is recorded and
+// answered with the next queued path as it is, unchecked; an empty path or an empty queue
+// cancels.
 class ScriptedDialogBackend : public DialogBackend {
  public:
   DialogItemIndex RunAlert(const AlertDescription& alert) override;
+  std::optional<std::string> ChooseFolder(const std::string& message) override;
 
   std::deque<DialogItemIndex> m_queAnswers;
   std::vector<AlertDescription> m_vecAlerts;
+  std::deque<std::string> m_queFolders;
+  std::vector<std::string> m_vecFolderQuestions;
 };

@@ -7,29 +7,12 @@
 
 #include "platform/CFObject.h"
 #include "platform/DialogBackend.h"
-#include "platform/Unicode.h"
 
 struct OpaqueDialogPtr {
   AlertDescription m_alert;
 };
 
 namespace {
-
-// UTF-8 for showing: a lone surrogate, which has no UTF-8 form, shows as U+FFFD.
-std::string DisplayText(CFStringRef string) {
-  std::vector<UniChar> units = string->m_units;
-  for (std::size_t i = 0; i < units.size(); ++i) {
-    const bool high = units[i] >= 0xD800 && units[i] <= 0xDBFF;
-    const bool low = units[i] >= 0xDC00 && units[i] <= 0xDFFF;
-    if (high && i + 1 < units.size() && units[i + 1] >= 0xDC00 && units[i + 1] <= 0xDFFF)
-      ++i;
-    else if (high || low)
-      units[i] = 0xFFFD;
-  }
-  std::string text;
-  EncodeUtf8(units.data(), units.size(), text);
-  return text;
-}
 
 // Adds the button of one text slot: null is no button, except for the default slot, and the
 // standard-label marker (the same value for all three slots) is the slot's standard label.

@@ -1,6 +1,14 @@
-// TextDialogBackend.cpp: alerts on a terminal: texts and buttons out, one line of answer in.
+// TextDialogBackend.cpp: dialogs on a terminal: an alert's texts and buttons out, one line of
+// answer in; a folder question's message out, a path in.
 #include "platform/DialogBackend.h"
 
+#include <pwd.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
 #include <istream>
 #include <ostream>
 
@@ -62,6 +70,22 @@ std::string DefaultLabel(const AlertDescription& alert) {
   return std::string();
 }
 
+// The folder a leading "~" stands for: $HOME, or the user's entry in the password database.
+std::string HomeFolder() {
+  const char* home = std::getenv("HOME");
+  if (home != nullptr && home[0] != '\0') return home;
+  const passwd* user = getpwuid(getuid());
+  return user != nullptr && user->pw_dir != nullptr ? user->pw_dir : "";
+}
+
+// "~" and "~/x"; another user's "~name" is taken as it is.
+std::string ExpandHome(const std::string& path) {
+  if (path.empty() || path[0] != '~' || (path.size() > 1 && path[1] != '/')) return path;
+  return HomeFolder() + path.substr(1);
+}
+
+const char kFolderPrompt[] = "Folder (an empty line cancels): ";
+
 }  // namespace
 
 TextDialogBackend::TextDialogBackend(std::istream& in, std::ostream& out, std::ostream& err)
@@ -85,5 +109,26 @@ DialogItemIndex TextDialogBackend::RunAlert(const AlertDescription& alert) {
     if (item != 0) return item;
     out << "Please answer " << labels << " (a label or its first letter); an empty line means "
         << defaultLabel << ": " << std::flush;
+  }
+}
+
+std::optional<std::string> TextDialogBackend::ChooseFolder(const std::string& message) {
+  m_out << '\n';
+  if (!message.empty()) m_out << message << '\n';
+  m_out << kFolderPrompt << std::flush;
+  for (;;) {
+    std::string line;
+    if (!std::getline(m_in, line)) {
+      m_out << '\n';
+      return std::nullopt;
+    }
+    const std::string typed = Trimmed(line);
+    if (typed.empty()) return std::nullopt;
+    const std::string path = ExpandHome(typed);
+    struct stat status;
+    const bool exists = stat(path.c_str(), &status) == 0;
+    if (exists && S_ISDIR(status.st_mode)) return path;
+    m_out << path << ": " << std::strerror(exists ? ENOTDIR : errno) << '\n'
+          << kFolderPrompt << std::flush;
   }
 }

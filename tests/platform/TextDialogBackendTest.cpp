@@ -1,9 +1,13 @@
 #include <gtest/gtest.h>
 
+#include <filesystem>
+#include <optional>
 #include <sstream>
 #include <string>
 
 #include "platform/DialogBackend.h"
+#include "tests/ScopedVariable.h"
+#include "tests/TempFolder.h"
 
 namespace {
 
@@ -54,6 +58,41 @@ TEST(TextDialogBackendTest, SharedFirstLetterIsAskedAgain) {
   EXPECT_EQ(3, backend.RunAlert(alert));
   EXPECT_NE(std::string::npos, out.str().find("Please answer No, Not now or Yes"));
   EXPECT_EQ("", err.str());
+}
+
+TEST(TextDialogBackendTest, FolderQuestionReadsAPath) {
+  TempFolder temp;
+  ASSERT_FALSE(temp.Path().empty());
+  std::filesystem::create_directory(temp.Path("sub"));
+  temp.Write("file", "");
+  ScopedVariable home("HOME", temp.Path().c_str());
+  const std::string prompt = "Folder (an empty line cancels): ";
+  struct Case {
+    const char* label;
+    std::string input;
+    std::optional<std::string> folder;
+    std::string said;  // after the first prompt
+  };
+  const Case cases[] = {
+      {"path, blanks around it", "  " + temp.Path("sub") + " \r\n", temp.Path("sub"), ""},
+      {"home", "~\n", temp.Path(), ""},
+      {"inside home", "~/sub\n", temp.Path() + "/sub", ""},
+      {"empty line cancels", "\n" + temp.Path() + "\n", std::nullopt, ""},
+      {"end of input cancels", "", std::nullopt, "\n"},
+      {"a file, then a folder", temp.Path("file") + "\n~\n", temp.Path(),
+       temp.Path("file") + ": Not a directory\n" + prompt},
+      {"nothing there, then end of input", "~/gone\n", std::nullopt,
+       temp.Path("gone") + ": No such file or directory\n" + prompt + "\n"},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.label);
+    std::istringstream in(c.input);
+    std::ostringstream out, err;
+    TextDialogBackend backend(in, out, err);
+    EXPECT_EQ(c.folder, backend.ChooseFolder("Please choose your Glimmerbox folder."));
+    EXPECT_EQ("\nPlease choose your Glimmerbox folder.\n" + prompt + c.said, out.str());
+    EXPECT_EQ("", err.str());
+  }
 }
 
 }  // namespace

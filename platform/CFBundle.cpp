@@ -1,0 +1,150 @@
+// CFBundle.cpp: the bundle part of CoreFoundation.h: framework bundles with their executables,
+// and the main bundle with its localized texts, which gettext finds beside the executable.
+#include "platform/CoreFoundation.h"
+
+#include <dlfcn.h>
+#include <libintl.h>
+#include <locale.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <cstring>
+#include <fstream>
+#include <iterator>
+#include <string>
+#include <vector>
+
+#include "platform/CFObject.h"
+#include "platform/Unicode.h"
+
+namespace {
+
+const char kTextDomain[] = "kestrail";
+
+CFBundleObject* MakeMainBundle() {
+  CFBundleObject* bundle = new CFBundleObject;
+  bundle->m_bConstant = true;
+  char executable[4096];
+  const ssize_t length = readlink("/proc/self/exe", executable, sizeof executable - 1);
+  if (length > 0) {
+    const std::string path(executable, static_cast<std::size_t>(length));
+    bundle->m_strPath = path.substr(0, path.rfind('/'));
+  }
+  return bundle;
+}
+
+// Where the main bundle's catalogs lie; empty when there is no telling.
+std::string CatalogFolder(const CFBundleObject& bundle) {
+  const char* folder = std::getenv("KESTRAIL_LOCALEDIR");
+  if (folder != nullptr && folder[0] != '\0') return folder;
+  if (bundle.m_strPath.empty()) return std::string();
+  return bundle.m_strPath + "/../share/locale";
+}
+
+UInt32 ReadWord(const std::string& bytes, std::size_t offset, bool bigEndian) {
+  UInt32 word = 0;
+  for (std::size_t i = 0; i < 4; ++i) {
+    const UInt32 byte = static_cast<UInt8>(bytes[offset + i]);
+    word |= byte << (bigEndian ? 8 * (3 - i) : 8 * i);
+  }
+  return word;
+}
+
+// The string that table entry `index` of a catalog points at: false when it lies outside the file.
+bool CatalogString(const std::string& bytes, UInt32 table, UInt32 index, bool bigEndian,
+                   std::string& text) {
+  const UInt64 entry = static_cast<UInt64>(table) + 8 * static_cast<UInt64>(index);
+  if (entry + 8 > bytes.size()) return false;
+  const UInt32 length = ReadWord(bytes, entry, bigEndian);
+  const UInt32 offset = ReadWord(bytes, entry + 4, bigEndian);
+  if (static_cast<UInt64>(offset) + length > bytes.size()) return false;
+  text.assign(bytes, offset, length);
+  return true;
+}
+
+// Looks `key` up in the compiled catalog at `path`, read directly: gettext looks nothing up in the
+// C and POSIX locales, where the English texts must still show. A damaged catalog holds nothing.
+bool FindInCatalog(const std::string& path, const std::string& key, std::string& text) {
+  std::ifstream in(path, std::ios::binary);
+  const std::string bytes{std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
+  if (bytes.size() < 20) return false;
+  const UInt32 magic = 0x950412DE;
+  const bool bigEndian = ReadWord(bytes, 0, true) == magic;
+  if (!bigEndian && ReadWord(bytes, 0, false) != magic) return false;
+  const UInt32 count = ReadWord(bytes, 8, bigEndian);
+  const UInt32 originals = ReadWord(bytes, 12, bigEndian);
+  const UInt32 translations = ReadWord(bytes, 16, bigEndian);
+  for (UInt32 i = 0; i < count; ++i) {
+    std::string original;
+    if (!CatalogString(bytes, originals, i, bigEndian, original)) return false;
+    if (original != key) continue;
+    if (!CatalogString(bytes, translations, i, bigEndian, text)) return false;
+    text.resize(std::strlen(text.c_str()));  // a plural entry: its first form
+    return !text.empty();
+  }
+  return false;
+}
+
+// The main bundle's text for `key`, in UTF-8.
+bool LocalizedText(const CFBundleObject& bundle, const std::string& key, std::string& text) {
+  const std::string folder = CatalogFolder(bundle);
+  if (folder.empty() || key.empty()) return false;  // "" would find the catalog's header
+  // The user's language may change between look-ups (in tests it does); only the language of
+  // messages follows it, so numbers keep the C rules that the rest of the code expects.
+  setlocale(LC_MESSAGES, "");
+  bindtextdomain(kTextDomain, folder.c_str());
+  bind_textdomain_codeset(kTextDomain, "UTF-8");
+  const char* translated = dgettext(kTextDomain, key.c_str());
+  if (translated != key.c_str()) {
+    text = translated;
+    return true;
+  }
+  return FindInCatalog(folder + "/en/LC_MESSAGES/" + kTextDomain + ".mo", key, text);
+}
+
+}  // namespace
+
+CFBundleObject::~CFBundleObject() {
+  if (m_pExecutable != nullptr) dlclose(m_pExecutable);
+}
+
+CFBundleRef CFBundleCreate(CFAllocatorRef, CFURLRef bundleURL) {
+  std::string path;
+  struct stat status;
+  if (bundleURL == nullptr || !FileURLPath(bundleURL->m_strText, path) ||
+      stat(path.c_str(), &status) != 0 || !S_ISDIR(status.st_mode))
+    return nullptr;
+  CFBundleObject* bundle = new CFBundleObject;
+  bundle->m_strPath = path;
+  return bundle;
+}
+
+Boolean CFBundleLoadExecutable(CFBundleRef bundle) {
+  if (bundle == nullptr) return false;
+  if (bundle->m_pExecutable != nullptr) return true;
+  const std::string& path = bundle->m_strPath;
+  std::string name = path.substr(path.rfind('/') + 1);
+  name = name.substr(0, name.rfind('.'));
+  bundle->m_pExecutable = dlopen((path + "/" + name).c_str(), RTLD_NOW | RTLD_LOCAL);
+  return bundle->m_pExecutable != nullptr;
+}
+
+CFBundleRef CFBundleGetMainBundle() {
+  static CFBundleObject* const main = MakeMainBundle();  // lives as long as the process
+  return main;
+}
+
+CFStringRef CFBundleCopyLocalizedString(CFBundleRef bundle, CFStringRef key, CFStringRef value,
+                                        CFStringRef) {
+  if (key == nullptr) return nullptr;
+  std::string keyText, text;
+  std::vector<UniChar> units;
+  if (bundle == CFBundleGetMainBundle() &&
+      EncodeUtf8(key->m_units.data(), key->m_units.size(), keyText) &&
+      LocalizedText(*bundle, keyText, text) &&
+      DecodeUtf8(reinterpret_cast<const UInt8*>(text.data()), text.size(), units))
+    return MakeCFString(std::move(units));
+  const CFStringRef fallback = value != nullptr && !value->m_units.empty() ? value : key;
+  return MakeCFString(fallback->m_units);
+}

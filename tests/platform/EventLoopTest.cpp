@@ -1,0 +1,108 @@
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "platform/AppleEvents.h"
+#include "platform/EventLoop.h"
+#include "platform/Files.h"
+#include "tests/TempFolder.h"
+
+namespace {
+
+// What the open-documents handler saw, read the way the application reads its event.
+struct Seen {
+  long count = -1;  // until the handler counts the items
+  OSErr firstItem = 1;
+  FSRef first = {};
+  bool quit = true;  // whether the handler quits the loop
+};
+Seen s_seen;
+
+OSErr RecordOpenDocuments(const AppleEvent* event, AppleEvent*, long) {
+  AEDescList list;
+  AEInitializeDesc(&list);
+  OSErr err = AEGetParamDesc(event, keyDirectObject, typeAEList, &list);
+  if (err == noErr) err = AECountItems(&list, &s_seen.count);
+  if (err == noErr && s_seen.count > 0)
+    err = s_seen.firstItem = AEGetNthPtr(&list, 1, typeFSRef, nullptr, nullptr, &s_seen.first,
+                                         sizeof s_seen.first, nullptr);
+  AEDisposeDesc(&list);
+  if (s_seen.quit) QuitApplicationEventLoop();
+  return err;
+}
+
+class EventLoopTest : public testing::Test {
+ protected:
+  void SetUp() override {
+    ASSERT_EQ(noErr, AEInstallEventHandler(kCoreEventClass, kAEOpenDocuments, RecordOpenDocuments,
+                                           0, false));
+  }
+
+  TempFolder m_temp;
+};
+
+TEST_F(EventLoopTest, CommandLine) {
+  ASSERT_FALSE(m_temp.Path().empty());
+  m_temp.Write("a.xml", "<setting/>");
+  FSRef a;
+  ASSERT_EQ(noErr, FSPathMakeRef(reinterpret_cast<const UInt8*>(m_temp.Path("a.xml").c_str()), &a,
+                                 nullptr));
+  const std::string usage = "usage: kestrail SETTINGS-FILE...\n";
+  const std::string noGone = "kestrail: " + m_temp.Path("gone") + ": No such file or directory\n";
+  const std::string noHelp = "kestrail: " + m_temp.Path("--help") + ": No such file or directory\n";
+  struct Case {
+    const char* label;
+    std::vector<std::string> arguments;
+    int status;
+    std::string out;  // a prefix of standard output
+    std::string err;
+    long count;  // items of the event; -1 when there was none
+    OSErr firstItem;
+  };
+  const Case cases[] = {
+      {"no file", {}, 2, "", usage, -1, 1},
+      {"help wins over files", {"a.xml", "--help"}, 0, usage + "\nInstalls", "", -1, 1},
+      {"version", {"--version"}, 0, "kestrail " KESTRAIL_VERSION "\n", "", -1, 1},
+      {"unknown option", {"-x", "a.xml"}, 2, "", "kestrail: unknown option -x\n" + usage, -1, 1},
+      {"three files, relative", {"a.xml", "gone", "a.xml"}, -1, "", "", 3, noErr},
+      {"missing file", {"gone", "a.xml"}, -1, "", noGone, 2, errAECoercionFail},
+      {"file named like an option", {"--", "--help"}, -1, "", noHelp, 1, errAECoercionFail},
+  };
+  const std::filesystem::path outer = std::filesystem::current_path();
+  std::filesystem::current_path(m_temp.Path());
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.label);
+    s_seen = Seen();
+    std::ostringstream out, err;
+    EXPECT_EQ(c.status, RunEventLoop(c.arguments, out, err));
+    EXPECT_EQ(0u, out.str().find(c.out)) << out.str();
+    EXPECT_EQ(c.out.empty(), out.str().empty());
+    EXPECT_EQ(c.err, err.str());
+    EXPECT_EQ(c.count, s_seen.count);
+    EXPECT_EQ(c.firstItem, s_seen.firstItem);
+    if (c.firstItem == noErr) {
+      EXPECT_EQ(noErr, FSCompareFSRefs(&a, &s_seen.first));
+    }
+  }
+  std::filesystem::current_path(outer);
+}
+
+TEST_F(EventLoopTest, DispatchTellsWhetherTheHandlerQuit) {
+  AppleEvent event, reply;
+  AEInitializeDesc(&reply);
+  ASSERT_EQ(noErr, MakeOpenDocumentsEvent({}, &event));
+  for (bool quits : {false, true}) {
+    s_seen = Seen();
+    s_seen.quit = quits;
+    bool quit = !quits;
+    EXPECT_EQ(noErr, DispatchAppleEvent(&event, &reply, quit));
+    EXPECT_EQ(quits, quit);
+    EXPECT_EQ(0, s_seen.count);
+  }
+  AEDisposeDesc(&event);
+}
+
+}  // namespace
