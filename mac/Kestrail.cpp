@@ -1,0 +1,251 @@
+#include "mac/Kestrail.h"
+
+#include <new>
+
+#include "ovlib/base_ui_framework/mac/MacUtil.h"
+#include "ovlib/general_framework/OVUtil.h"
+#include "ovlib/ps_filter_framework/SettingsUtils.h"
+#include "platform/Dialogs.h"
+#include "platform/Files.h"
+#include "platform/Navigation.h"
+
+const CFStringRef glimmerbox_settings_folder = CFSTR("Glimmerbox Settings");
+
+namespace {
+
+const char kSourceFile[] = "mac/Kestrail";
+
+// The text for `key` in the user's language; the key itself is the text when there is no
+// translation. The caller releases it; null when there is none at all.
+CFStringRef CopyLocalizedString(CFStringRef key) {
+  return CFBundleCopyLocalizedString(CFBundleGetMainBundle(), key, key, nullptr);
+}
+
+// The import flow's alert for an outcome: shown when its text can be had, else nothing.
+void ShowAlert(CFStringRef key) {
+  CFStringRef message = CopyLocalizedString(key);
+  if (message == nullptr) return;
+  DisplayAlert(message);
+  CFRelease(message);
+}
+
+// A string's text, or an empty one for a string that could not be had (which has been reported).
+TString TextOf(CFStringRef string) {
+  return string != nullptr ? CreateTStringFromCFStringRef(string) : TString();
+}
+
+// The steps of the flow after the examination; each failure shows its alert and stops.
+void InstallSetting(SettingFileRoutingInfo& info) {
+  OVFileSystemReference destination = info.destinationFolder;
+  OVFileSystemReference glimmerboxFolder;
+  if (info.needsGlimmerboxFolder) {
+    if (AskUserForGlimmerboxFolder(glimmerboxFolder) != 0) {
+      ShowAlert(CFSTR("Error Locating Glimmerbox"));
+      return;
+    }
+    // The chosen folder holds an entry "Glimmerbox Settings"; a setting goes in only when that
+    // and the filter's folder inside it are folders. Anything else installs nothing.
+    OVFileSystemReference settingsFolder;
+    if (glimmerboxFolder.MakeSubobjectReference(TextOf(glimmerbox_settings_folder),
+                                                settingsFolder) != 0 ||
+        !settingsFolder.IsFolder() ||
+        settingsFolder.MakeSubobjectReference(info.filterName, destination) != 0) {
+      ShowAlert(CFSTR("Failure"));
+      return;
+    }
+  }
+  // A file where the filter's folder should be cannot receive the setting. That is the user's
+  // disk, not a fault of the program, so it gets the ordinary failure and no bug report.
+  if (!destination.IsFolder()) {
+    ShowAlert(CFSTR("Failure"));
+    return;
+  }
+
+  OVFileSystemReference sourceFolder;
+  if (info.sourceFile.MakeParentReference(sourceFolder) != 0) {
+    ShowAlert(CFSTR("Failure"));
+    return;
+  }
+  if (FSCompareFSRefs(sourceFolder, destination) == noErr) {
+    ShowAlert(CFSTR("Error Source and Destination Same"));
+    return;
+  }
+  TString name = info.settingName;
+  if (!info.isOldStyle && info.sourceFile.GetName(name) != 0) {
+    ShowAlert(CFSTR("Failure"));
+    return;
+  }
+  bool exists = false;
+  if (destination.SubobjectExists(name, exists) != 0) {
+    ShowAlert(CFSTR("Failure"));
+    return;
+  }
+  // A question that could not be asked does not stop the install.
+  if (exists && ConfirmFileReplace(name) == 1) return;
+
+  OVFileSystemReference installed;
+  const int status = info.isOldStyle ? SettingsUtils::UnpackageOldSettingsFile(
+                                           info.sourceFile, destination, installed)
+                                     : info.sourceFile.Copy(destination, installed, true);
+  if (status != 0) {
+    ShowAlert(CFSTR("Failure"));
+    return;
+  }
+  if (CFStringRef message = GetSuccessMessage(installed)) {
+    DisplayAlert(message);
+    CFRelease(message);
+  }
+}
+
+}  // namespace
+
+SettingFileRoutingInfo::SettingFileRoutingInfo(OVFileSystemReference source)
+    : sourceFile(source), isOldStyle(false), needsGlimmerboxFolder(false) {}
+
+int main() {
+  const OSErr status = AEInstallEventHandler(kCoreEventClass, kAEOpenDocuments,
+                                             KestrailHandleOpenAppleEvent, 0, false);
+  if (status != noErr) return status;
+  RunApplicationEventLoop();
+  return 0;
+}
+
+OSErr KestrailHandleOpenAppleEvent(const AppleEvent* event, AppleEvent*, long) {
+  AEDescList list = {typeNull, nullptr};
+  OSErr status = AEGetParamDesc(event, keyDirectObject, typeAEList, &list);
+  if (status == noErr) {
+    long count = 0;
+    status = AECountItems(&list, &count);
+    if (status == noErr && count < 1) {
+      AEDisposeDesc(&list);
+      return noErr;  // nothing to import: keep running for the next event
+    }
+    if (status == noErr) {
+      AEKeyword keyword;
+      DescType actualType;
+      Size actualSize;
+      FSRef file;
+      status =
+          AEGetNthPtr(&list, 1, typeFSRef, &keyword, &actualType, &file, sizeof file, &actualSize);
+      if (status == noErr) ImportOneSetting(file);
+    }
+    AEDisposeDesc(&list);
+  }
+  QuitApplicationEventLoop();
+  return status;
+}
+
+void ImportOneSetting(FSRef file) {
+  SettingFileRoutingInfo info{OVFileSystemReference(file)};
+  try {
+    if (SettingsUtils::LocateFolderForSetting(info.sourceFile, info.destinationFolder,
+                                              info.settingName, info.setName, info.filterName,
+                                              info.isOldStyle, info.needsGlimmerboxFolder) != 0) {
+      ShowAlert(CFSTR("Error Examining Setting"));
+      return;
+    }
+    InstallSetting(info);
+  } catch (const std::bad_alloc&) {
+    // A file too large to hold in memory is a setting that could not be installed, not a crash.
+    ShowAlert(CFSTR("Failure"));
+  }
+}
+
+void DisplayAlert(CFStringRef message) {
+  AlertStdCFStringAlertParamRec params;
+  DialogRef alert = nullptr;
+  if (GetStandardAlertDefaultParams(&params, kStdCFStringAlertVersionOne) != noErr ||
+      CreateStandardAlert(kAlertCautionAlert, message, nullptr, &params, &alert) != noErr) {
+    OV_AssertFailed(kSourceFile, __LINE__, "DisplayAlert");
+    return;
+  }
+  DialogItemIndex item;
+  RunStandardAlert(alert, nullptr, &item);
+}
+
+int ConfirmFileReplace(const TString& fileName) {
+  CFStringRef yes = CopyLocalizedString(CFSTR("Yes"));
+  if (yes == nullptr) OV_AssertFailed(kSourceFile, __LINE__, "ConfirmFileReplace");
+  CFStringRef no = CopyLocalizedString(CFSTR("No"));
+  if (no == nullptr) OV_AssertFailed(kSourceFile, __LINE__, "ConfirmFileReplace");
+  CFStringRef question = CopyLocalizedString(CFSTR("Confirm Replace Message"));
+  if (question == nullptr) OV_AssertFailed(kSourceFile, __LINE__, "ConfirmFileReplace");
+
+  const TString questionTemplate = TextOf(question);
+  CFStringRef message =
+      CreateCFStringRefFromTString(TStringParamReplace(&questionTemplate, fileName.c_str()));
+  if (message == nullptr) OV_AssertFailed(kSourceFile, __LINE__, "ConfirmFileReplace");
+
+  // Keeping the existing file is the default, so that Return never destroys anything; Escape
+  // picks the replace.
+  AlertStdCFStringAlertParamRec params;
+  params.version = kStdCFStringAlertVersionOne;
+  params.movable = false;
+  params.helpButton = false;
+  params.defaultText = no;
+  params.cancelText = yes;
+  params.otherText = nullptr;
+  params.defaultButton = kAlertStdAlertOKButton;
+  params.cancelButton = kAlertStdAlertCancelButton;
+  params.position = kWindowDefaultPosition;
+  params.flags = 0;
+  DialogRef alert = nullptr;
+  const OSStatus created =
+      CreateStandardAlert(kAlertCautionAlert, message, nullptr, &params, &alert);
+  for (CFStringRef text : {yes, no, question, message}) CFRelease(text);
+
+  DialogItemIndex item = 0;
+  if (created != noErr || alert == nullptr || RunStandardAlert(alert, nullptr, &item) != noErr) {
+    return -1;
+  }
+  return item == kAlertStdAlertOKButton ? 1 : item == kAlertStdAlertCancelButton ? 0 : -1;
+}
+
+CFStringRef GetSuccessMessage(FSRef* installedFile) {
+  CFURLRef url = CFURLCreateFromFSRef(kCFAllocatorDefault, installedFile);
+  if (url == nullptr) return nullptr;
+  CFStringRef path = CFURLCopyFileSystemPath(url, kCFURLPOSIXPathStyle);
+  CFRelease(url);
+  if (path == nullptr) return nullptr;
+  const TString pathText = CreateTStringFromCFStringRef(path);
+  CFRelease(path);
+  CFStringRef success = CopyLocalizedString(CFSTR("Success"));
+  if (success == nullptr) return nullptr;
+  const TString successTemplate = CreateTStringFromCFStringRef(success);
+  CFRelease(success);
+  return CreateCFStringRefFromTString(TStringParamReplace(&successTemplate, pathText.c_str()));
+}
+
+int AskUserForGlimmerboxFolder(OVFileSystemReference& folder) {
+  NavDialogCreationOptions options;
+  NavGetDefaultDialogCreationOptions(&options);
+  options.message = CFSTR("Please choose your Glimmerbox folder.");
+  options.preferenceKey = 1;
+  // The import goes on with the answer as soon as the dialog returns, so the dialog is modal for
+  // the whole application; there is no window for it to be modal to.
+  options.modality = kWindowModalityAppModal;
+  options.parentWindow = nullptr;
+
+  NavDialogRef dialog = nullptr;
+  if (NavCreateChooseFolderDialog(&options, nullptr, nullptr, nullptr, &dialog) != noErr) {
+    return -1;
+  }
+  int status = -1;
+  NavReplyRecord reply;
+  if (NavDialogRun(dialog) == noErr && NavDialogGetUserAction(dialog) == kNavUserActionChoose &&
+      NavDialogGetReply(dialog, &reply) == noErr) {
+    AEKeyword keyword;
+    DescType actualType;
+    Size actualSize;
+    const OSErr read = AEGetNthPtr(&reply.selection, 1, typeFSRef, &keyword, &actualType,
+                                   static_cast<FSRef*>(folder), sizeof(FSRef), &actualSize);
+    NavDisposeReply(&reply);
+    OVFileSystemReference settingsFolder;
+    if (read == noErr &&
+        folder.MakeSubobjectReference(TextOf(glimmerbox_settings_folder), settingsFolder) == 0) {
+      status = 0;
+    }
+  }
+  NavDialogDispose(dialog);
+  return status;
+}

@@ -1,0 +1,114 @@
+// The application's alerts and its open-documents handler, against a scripted dialog backend:
+// what each alert shows, which button is the default, and what each answer means.
+#include <gtest/gtest.h>
+
+#include "mac/Kestrail.h"
+#include "ovlib/base_ui_framework/mac/MacUtil.h"
+#include "platform/EventLoop.h"
+#include "tests/ovlib/ScriptedAlerts.h"
+#include "tests/ovlib/ps_filter_framework/SettingsHome.h"
+
+namespace {
+
+// An alert's buttons as (label, item) pairs, in item order.
+std::vector<std::pair<std::string, int>> Buttons(const AlertDescription& alert) {
+  std::vector<std::pair<std::string, int>> buttons;
+  for (const AlertDescription::Button& button : alert.m_vecButtons)
+    buttons.emplace_back(button.m_strLabel, button.m_nItem);
+  return buttons;
+}
+
+class KestrailAlertsTest : public SettingsHomeTest {};
+
+TEST_F(KestrailAlertsTest, DisplayAlertIsACautionWithOneButton) {
+  DisplayAlert(CFSTR("Something happened."));
+  ASSERT_EQ(1u, m_alerts.m_vecAlerts.size());
+  const AlertDescription& alert = m_alerts.m_vecAlerts[0];
+  EXPECT_EQ(kAlertCautionAlert, alert.m_nKind);
+  EXPECT_EQ("Something happened.", alert.m_strMessage);
+  EXPECT_EQ("", alert.m_strExplanation);
+  EXPECT_EQ((std::vector<std::pair<std::string, int>>{{"OK", kAlertStdAlertOKButton}}),
+            Buttons(alert));
+  EXPECT_EQ(kAlertStdAlertOKButton, alert.m_nDefaultItem);
+}
+
+TEST_F(KestrailAlertsTest, ReplaceQuestionKeepsTheFileOnReturn) {
+  struct Case {
+    const char* label;
+    const char* localeFolder;  // null: the built catalogs
+    std::string message, keep, replace;
+  };
+  const Case cases[] = {
+      {"english", nullptr,
+       "A setting named \"a b.xml\" is already installed. Do you want to replace it?",
+       "Keep Existing", "Replace"},
+      {"no catalog: the keys", "", "Confirm Replace Message", "No", "Yes"},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.label);
+    ScopedVariable locale("KESTRAIL_LOCALEDIR",
+                          c.localeFolder != nullptr ? m_temp.Path("in").c_str() : nullptr);
+    m_alerts.m_vecAlerts.clear();
+    m_alerts.m_queAnswers = {kAlertStdAlertOKButton, kAlertStdAlertCancelButton};
+    EXPECT_EQ(1, ConfirmFileReplace(L"a b.xml"));
+    EXPECT_EQ(0, ConfirmFileReplace(L"a b.xml"));
+    EXPECT_EQ(1, ConfirmFileReplace(L"a b.xml"));  // the default, as on Return
+    ASSERT_EQ(3u, m_alerts.m_vecAlerts.size());
+    const AlertDescription& alert = m_alerts.m_vecAlerts[0];
+    EXPECT_EQ(kAlertCautionAlert, alert.m_nKind);
+    EXPECT_EQ(c.message, alert.m_strMessage);
+    EXPECT_EQ((std::vector<std::pair<std::string, int>>{{c.keep, kAlertStdAlertOKButton},
+                                                        {c.replace, kAlertStdAlertCancelButton}}),
+              Buttons(alert));
+    EXPECT_EQ(kAlertStdAlertOKButton, alert.m_nDefaultItem);
+    EXPECT_EQ(kAlertStdAlertCancelButton, alert.m_nCancelItem);
+  }
+}
+
+TEST_F(KestrailAlertsTest, SuccessMessageNamesTheInstalledFile) {
+  OVFileSystemReference file = Input("Soft Edges.xml", "x");
+  CFStringRef message = GetSuccessMessage(file);
+  ASSERT_NE(nullptr, message);
+  const std::string path = m_temp.Path("in/Soft Edges.xml");
+  EXPECT_EQ(L"The setting was installed at " + TString(path.begin(), path.end()),
+            CreateTStringFromCFStringRef(message));
+  CFRelease(message);
+  EXPECT_EQ(nullptr, GetSuccessMessage(OVFileSystemReference()));
+}
+
+TEST_F(KestrailAlertsTest, HandlerImportsTheFirstFileOnly) {
+  ASSERT_EQ(noErr, AEInstallEventHandler(kCoreEventClass, kAEOpenDocuments,
+                                         KestrailHandleOpenAppleEvent, 0, false));
+  struct Case {
+    const char* label;
+    std::vector<std::string> files;
+    OSErr status;
+    bool quit;
+    size_t alerts;
+  };
+  m_temp.Write("in/one.xml", "<setting set=\"Daubery\" filter=\"WetDaub\" name=\"One\"/>");
+  m_temp.Write("in/two.xml", "<setting set=\"Daubery\" filter=\"InkPuddle\" name=\"Two\"/>");
+  const Case cases[] = {
+      {"no files: keep running", {}, noErr, false, 0},
+      {"three files", {"in/one.xml", "in/two.xml", "in/two.xml"}, noErr, true, 1},
+      {"first is missing", {"in/missing.xml", "in/two.xml"}, errAECoercionFail, true, 0},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.label);
+    std::vector<std::string> paths;
+    for (const std::string& file : c.files) paths.push_back(m_temp.Path(file));
+    AppleEvent event, reply;
+    AEInitializeDesc(&reply);
+    ASSERT_EQ(noErr, MakeOpenDocumentsEvent(paths, &event));
+    m_alerts.m_vecAlerts.clear();
+    bool quit = false;
+    EXPECT_EQ(c.status, DispatchAppleEvent(&event, &reply, quit));
+    EXPECT_EQ(c.quit, quit);
+    EXPECT_EQ(c.alerts, m_alerts.m_vecAlerts.size());
+    AEDisposeDesc(&event);
+  }
+  EXPECT_TRUE(std::filesystem::exists(m_temp.Path("home/data/Orvelle/Daubery/WetDaub/one.xml")));
+  EXPECT_FALSE(std::filesystem::exists(m_temp.Path("home/data/Orvelle/Daubery/InkPuddle")));
+}
+
+}  // namespace

@@ -1,0 +1,187 @@
+// Kestrail run as the desktop runs it, one settings file on its command line, answering its
+// dialogs on standard input, with a fresh home: every outcome of an import.
+#include <gtest/gtest.h>
+
+#include "tests/mac/RunProgram.h"
+#include "tests/ovlib/ps_filter_framework/SettingsHome.h"
+
+namespace {
+
+const std::string kExamining = "This file is not a settings file that can be installed.";
+const std::string kLocating =
+    "No Glimmerbox folder was chosen. Choose the folder that holds \"Glimmerbox Settings\".";
+const std::string kFailure = "The setting could not be installed.";
+const std::string kSame = "This setting is already in its settings folder.";
+const std::string kInstalled = "The setting was installed at ";
+const std::string kGlimmerboxQuestion = "Please choose your Glimmerbox folder.";
+
+const std::string kDaubery = "<setting set=\"Daubery\" filter=\"InkPuddle\" name=\"Wash\"/>";
+const std::string kDauberyFolder = "home/data/Orvelle/Daubery/InkPuddle";
+
+class KestrailTest : public SettingsHomeTest {
+ protected:
+  ProgramRun Open(const std::vector<std::string>& files, const std::string& answers = "") {
+    std::vector<std::string> paths;
+    for (const std::string& file : files) paths.push_back(file.empty() ? "" : m_temp.Path(file));
+    return RunProgram(KESTRAIL, paths, answers, {{"KESTRAIL_UI", "text"}, {"LC_ALL", "C"}});
+  }
+  ProgramRun Open(const std::string& file, const std::string& answers = "") {
+    return Open(std::vector<std::string>{file}, answers);
+  }
+  // Lays out a Glimmerbox folder whose "Glimmerbox Settings" holds the filter folder `filter`
+  // (none when empty).
+  void GlimmerboxFolder(const std::string& filter) {
+    std::filesystem::create_directories(m_temp.Path("Glimmerbox/Glimmerbox Settings/" + filter));
+  }
+};
+
+TEST_F(KestrailTest, Outcomes) {
+  struct Case {
+    const char* label;
+    std::string file, contents;
+    std::string alert;      // the one alert the import ends with
+    std::string installed;  // the file that now holds the contents; "" for none
+  };
+  const Case cases[] = {
+      {"xml setting", "in/Wash.xml", kDaubery, kInstalled, kDauberyFolder + "/Wash.xml"},
+      {"text setting", "in/Breeze", "[{\"set\": \"Zephyrine\", \"filter\": \"GustTwine\"}]",
+       kInstalled, "home/data/Orvelle/Zephyrine/GustTwine/Breeze"},
+      {"not a setting", "in/notes.txt", "just some notes", kExamining, ""},
+      {"unknown root", "in/other.xml", "<preset set=\"Daubery\" filter=\"F\"/>", kExamining, ""},
+      {"an empty filter name", "in/empty.xml", "<setting set=\"Daubery\" filter=\"\"/>", kExamining,
+       ""},
+      {"old-style name that is no name", "in/bad.f1s",
+       "<oldstyle_setting set=\"Daubery\" filter=\"F\" name=\"../x\"><![CDATA[x]]>"
+       "</oldstyle_setting>",
+       kFailure, ""},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.label);
+    m_temp.Write(c.file, c.contents);
+    ProgramRun run = Open(c.file);
+    EXPECT_EQ(0, run.status) << run.err;
+    EXPECT_NE(std::string::npos, run.out.find(c.alert)) << run.out;
+    if (!c.installed.empty()) {
+      EXPECT_NE(std::string::npos, run.out.find(kInstalled + m_temp.Path(c.installed)));
+      EXPECT_EQ(c.contents, m_temp.Contents(c.installed));
+    }
+  }
+}
+
+TEST_F(KestrailTest, AFileWhereTheFilterFolderBelongs) {
+  std::filesystem::create_directories(m_temp.Path("home/data/Orvelle/Daubery"));
+  m_temp.Write(kDauberyFolder, "a file, not a folder");
+  m_temp.Write("in/Wash.xml", kDaubery);
+  ProgramRun run = Open("in/Wash.xml");
+  EXPECT_NE(std::string::npos, run.out.find(kFailure)) << run.out;
+  EXPECT_EQ(std::string::npos, run.err.find("bug")) << run.err;
+  EXPECT_EQ("a file, not a folder", m_temp.Contents(kDauberyFolder));
+}
+
+TEST_F(KestrailTest, ASettingAlreadyInItsFolder) {
+  std::filesystem::create_directories(m_temp.Path(kDauberyFolder));
+  m_temp.Write(kDauberyFolder + "/Wash.xml", kDaubery);
+  ProgramRun run = Open(kDauberyFolder + "/Wash.xml");
+  EXPECT_NE(std::string::npos, run.out.find(kSame)) << run.out;
+  EXPECT_EQ(kDaubery, m_temp.Contents(kDauberyFolder + "/Wash.xml"));
+}
+
+TEST_F(KestrailTest, ReplaceQuestion) {
+  struct Case {
+    const char* answer;
+    bool replaced;
+  };
+  const Case cases[] = {
+      {"\n", false}, {"", false},         {"k\n", false},      {"keep existing\n", false},
+      {"r\n", true}, {"REPLACE\n", true}, {"maybe\nr\n", true}};
+  std::filesystem::create_directories(m_temp.Path(kDauberyFolder));
+  m_temp.Write("in/Wash.xml", kDaubery);
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.answer);
+    m_temp.Write(kDauberyFolder + "/Wash.xml", "the installed one");
+    ProgramRun run = Open("in/Wash.xml", c.answer);
+    EXPECT_NE(std::string::npos,
+              run.out.find("A setting named \"Wash.xml\" is already installed. Do you want to "
+                           "replace it?"))
+        << run.out;
+    EXPECT_NE(std::string::npos, run.out.find("Keep Existing or Replace [Keep Existing]"));
+    EXPECT_EQ(c.replaced ? kDaubery : "the installed one",
+              m_temp.Contents(kDauberyFolder + "/Wash.xml"));
+    // Keeping the installed file ends the import without another word.
+    EXPECT_EQ(c.replaced, run.out.find(kInstalled) != std::string::npos);
+  }
+}
+
+TEST_F(KestrailTest, OldStylePackageInstallsUnderItsSettingName) {
+  m_temp.Write("in/Pack.f1s",
+               "<oldstyle_setting filter=\"Tessellane\" name=\"Tiles\" set=\"Mendora\">"
+               "<![CDATA[Tessellane\rsize=3\r]]></oldstyle_setting>");
+  const std::string folder = "home/data/Orvelle/Mendora/Tessellane";
+  ProgramRun run = Open("in/Pack.f1s");
+  EXPECT_NE(std::string::npos, run.out.find(kInstalled + m_temp.Path(folder + "/Tiles")))
+      << run.out;
+  EXPECT_EQ("Tessellane\rsize=3\r", m_temp.Contents(folder + "/Tiles"));
+
+  // The question names the setting, not the package.
+  run = Open("in/Pack.f1s", "\n");
+  EXPECT_NE(std::string::npos, run.out.find("A setting named \"Tiles\" is already installed"));
+}
+
+TEST_F(KestrailTest, GlimmerboxFolder) {
+  const std::string xml = "<setting set=\"Glimmerbox\" filter=\"Sparkwash\" name=\"Glow\"/>";
+  const std::string package =
+      "<oldstyle_setting filter=\"Sparkwash\" name=\"Old Glow\" set=\"Glimmerbox\">"
+      "<![CDATA[Sparkwash 1]]></oldstyle_setting>";
+  m_temp.Write("in/Glow.xml", xml);
+  m_temp.Write("in/Glow.f1s", package);
+  const std::string chosen = m_temp.Path("Glimmerbox") + "\n";
+  struct Case {
+    const char* label;
+    const char* layout;  // "" no folder; "settings" without the filter; "filter" complete
+    std::string file, answer, alert, installed;
+  };
+  const Case cases[] = {
+      {"cancelled", "filter", "in/Glow.xml", "\n", kLocating, ""},
+      {"no Glimmerbox Settings in it", "", "in/Glow.xml", chosen, kLocating, ""},
+      {"no filter folder", "settings", "in/Glow.xml", chosen, kFailure, ""},
+      {"chosen", "filter", "in/Glow.xml", chosen, kInstalled,
+       "Glimmerbox/Glimmerbox Settings/Sparkwash/Glow.xml"},
+      {"old-style, chosen", "filter", "in/Glow.f1s", chosen, kInstalled,
+       "Glimmerbox/Glimmerbox Settings/Sparkwash/Old Glow"},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.label);
+    std::filesystem::remove_all(m_temp.Path("Glimmerbox"));
+    std::filesystem::create_directory(m_temp.Path("Glimmerbox"));
+    if (std::string(c.layout) == "settings") GlimmerboxFolder("");
+    if (std::string(c.layout) == "filter") GlimmerboxFolder("Sparkwash");
+    ProgramRun run = Open(c.file, c.answer);
+    EXPECT_NE(std::string::npos, run.out.find(kGlimmerboxQuestion)) << run.out;
+    EXPECT_NE(std::string::npos, run.out.find(c.alert)) << run.out;
+    if (!c.installed.empty()) {
+      EXPECT_TRUE(std::filesystem::exists(m_temp.Path(c.installed))) << c.installed;
+    }
+  }
+  EXPECT_FALSE(std::filesystem::exists(m_temp.Path("home/data/Orvelle/Glimmerbox")));
+}
+
+TEST_F(KestrailTest, CommandLine) {
+  m_temp.Write("in/One.xml", kDaubery);
+  m_temp.Write("in/Two.xml", "<setting set=\"Daubery\" filter=\"WetDaub\"/>");
+  ProgramRun run = Open(std::vector<std::string>{"in/One.xml", "in/Two.xml", "in/missing.xml"});
+  EXPECT_EQ(0, run.status);
+  EXPECT_TRUE(std::filesystem::exists(m_temp.Path(kDauberyFolder + "/One.xml")));
+  EXPECT_FALSE(std::filesystem::exists(m_temp.Path("home/data/Orvelle/Daubery/WetDaub")));
+
+  run = Open(std::vector<std::string>{"in/missing.xml", "in/One.xml"});
+  EXPECT_EQ("", run.out);
+  EXPECT_NE(std::string::npos, run.err.find("missing.xml")) << run.err;
+
+  run = RunProgram(KESTRAIL, {});
+  EXPECT_EQ(2, run.status);
+  EXPECT_NE(std::string::npos, run.err.find("usage")) << run.err;
+  EXPECT_EQ(0, RunProgram(KESTRAIL, {"--help"}).status);
+  EXPECT_EQ(0, RunProgram(KESTRAIL, {"--version"}).out.find("kestrail "));
+}
+
+}  // namespace
