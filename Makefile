@@ -18,7 +18,7 @@ FUZZ_SEEDS   ?= ../shared/xmlconf
 CMAKE_CONFIGURE = cmake -S . -B $(1) -DCMAKE_BUILD_TYPE=$(2) $(3) >/dev/null
 CTEST = ctest --test-dir $(1) --output-on-failure -j $(JOBS)
 
-.PHONY: all deps build check test asan bench fuzz clean
+.PHONY: all deps build check test asan demo bench fuzz clean
 
 all: build
 
@@ -38,6 +38,9 @@ asan: deps
 	$(call CTEST,$(ASAN_BUILD))
 
 check: test asan
+
+demo: build
+	@scripts/demo $(BUILD)/bin/kestrail
 
 bench: deps
 	@scripts/install-packages $(BENCH_PACKAGES)
