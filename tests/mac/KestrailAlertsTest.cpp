@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include "mac/Kestrail.h"
-#include "ovlib/base_ui_framework/mac/MacUtil.h"
 #include "platform/EventLoop.h"
 #include "tests/ovlib/ScriptedAlerts.h"
 #include "tests/ovlib/ps_filter_framework/SettingsHome.h"
@@ -63,17 +62,6 @@ TEST_F(KestrailAlertsTest, ReplaceQuestionKeepsTheFileOnReturn) {
     EXPECT_EQ(kAlertStdAlertOKButton, alert.m_nDefaultItem);
     EXPECT_EQ(kAlertStdAlertCancelButton, alert.m_nCancelItem);
   }
-}
-
-TEST_F(KestrailAlertsTest, SuccessMessageNamesTheInstalledFile) {
-  OVFileSystemReference file = Input("Soft Edges.xml", "x");
-  CFStringRef message = GetSuccessMessage(file);
-  ASSERT_NE(nullptr, message);
-  const std::string path = m_temp.Path("in/Soft Edges.xml");
-  EXPECT_EQ(L"The setting was installed at " + TString(path.begin(), path.end()),
-            CreateTStringFromCFStringRef(message));
-  CFRelease(message);
-  EXPECT_EQ(nullptr, GetSuccessMessage(OVFileSystemReference()));
 }
 
 TEST_F(KestrailAlertsTest, HandlerImportsTheFirstFileOnly) {

@@ -17,7 +17,6 @@ struct Seen {
   long count = -1;  // until the handler counts the items
   OSErr firstItem = 1;
   FSRef first = {};
-  bool quit = true;  // whether the handler quits the loop
 };
 Seen s_seen;
 
@@ -30,7 +29,7 @@ OSErr RecordOpenDocuments(const AppleEvent* event, AppleEvent*, long) {
     err = s_seen.firstItem = AEGetNthPtr(&list, 1, typeFSRef, nullptr, nullptr, &s_seen.first,
                                          sizeof s_seen.first, nullptr);
   AEDisposeDesc(&list);
-  if (s_seen.quit) QuitApplicationEventLoop();
+  QuitApplicationEventLoop();
   return err;
 }
 
@@ -88,21 +87,6 @@ TEST_F(EventLoopTest, CommandLine) {
     }
   }
   std::filesystem::current_path(outer);
-}
-
-TEST_F(EventLoopTest, DispatchTellsWhetherTheHandlerQuit) {
-  AppleEvent event, reply;
-  AEInitializeDesc(&reply);
-  ASSERT_EQ(noErr, MakeOpenDocumentsEvent({}, &event));
-  for (bool quits : {false, true}) {
-    s_seen = Seen();
-    s_seen.quit = quits;
-    bool quit = !quits;
-    EXPECT_EQ(noErr, DispatchAppleEvent(&event, &reply, quit));
-    EXPECT_EQ(quits, quit);
-    EXPECT_EQ(0, s_seen.count);
-  }
-  AEDisposeDesc(&event);
 }
 
 }  // namespace

