@@ -187,16 +187,16 @@ void NodeContainer::DestroyNodes(Children& nodes) {
       continue;
     }
     Node* node = top.nodes[top.next++];
-    // A container's lists are taken over before it is deleted, so its destructor finds them
-    // empty and nothing recurses; an element's attributes go first, then its children.
+    // An element's lists are taken over before it is deleted, so its destructor finds them
+    // empty and nothing recurses; its attributes go first, then its children. Only elements
+    // nest deeply; other containers (attributes hold text and references) destroy their own.
     Children children, attributes;
-    if (auto* container = dynamic_cast<NodeContainer*>(node)) {
-      children = std::move(container->m_children);
-      container->m_children.clear();
-      if (auto* element = dynamic_cast<Element*>(container)) {
-        attributes.assign(element->m_attributes.begin(), element->m_attributes.end());
-        element->m_attributes.clear();
-      }
+    if (node != nullptr && node->IsKindOf(NODE_ELEMENT)) {
+      auto* element = static_cast<Element*>(node);
+      children = std::move(element->m_children);
+      element->m_children.clear();
+      attributes.assign(element->m_attributes.begin(), element->m_attributes.end());
+      element->m_attributes.clear();
     }
     delete node;
     if (!children.empty()) stack.push_back({std::move(children), 0});

@@ -2,6 +2,7 @@
 // attributes); lookups never return null pointers but one of the library's static null objects.
 #pragma once
 
+#include <cstddef>
 #include <vector>
 
 #include "xmlparser/TString.h"
@@ -42,6 +43,10 @@ class Node {
   // A new copy whose parent is `parent`; the caller adds it to `parent` (or deletes it).
   virtual Node& CloneNode(NodeContainer& parent) const = 0;
   virtual void GenerateXML(GenerateContext& context) const = 0;
+
+  // Nodes come from pools of their own size (see NodePool.cpp).
+  static void* operator new(std::size_t size);
+  static void operator delete(void* node, std::size_t size);
 
   const TString& GetName() const { return m_strName; }
   NodeContainer& GetParent() const { return m_parent; }
