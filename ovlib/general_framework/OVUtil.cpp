@@ -1,11 +1,82 @@
 #include "ovlib/general_framework/OVUtil.h"
 
 #include <cstdarg>
+#include <cstdint>
 #include <cstring>
 #include <memory>
 
 #include "ovlib/base_ui_framework/mac/MacUtil.h"
 #include "platform/CoreFoundation.h"
+
+namespace {
+
+bool IsContinuation(unsigned char byte) { return (byte & 0xC0) == 0x80; }
+
+// Decodes UTF-8 straight into `text`, with the results of Utf8toUtf16 widened one unit per
+// character (a leading byte-order mark dropped, characters beyond U+FFFF as surrogate pairs, and
+// nothing at all for bytes that are not well-formed UTF-8 anywhere), without holding the text
+// as UTF-16 on the way: a whole file's text is the largest thing the application keeps.
+bool DecodeUtf8(const unsigned char* p, const unsigned char* end, TString& text) {
+  if (end - p >= 3 && p[0] == 0xEF && p[1] == 0xBB && p[2] == 0xBF) p += 3;
+  wchar_t chunk[4096];
+  std::size_t used = 0;
+  text.reserve(end - p);
+  while (p < end) {
+    if (used > sizeof chunk / sizeof chunk[0] - 16) {
+      text.append(chunk, used);
+      used = 0;
+    }
+    // Settings files are mostly ASCII: take eight such bytes at a time while they last.
+    std::uint64_t word;
+    if (end - p >= 8 && (std::memcpy(&word, p, sizeof word), (word & 0x8080808080808080ULL) == 0)) {
+      for (int i = 0; i < 8; ++i) chunk[used + i] = p[i];
+      used += 8;
+      p += 8;
+      continue;
+    }
+    const unsigned char lead = *p;
+    if (lead < 0x80) {
+      chunk[used++] = lead;
+      ++p;
+      continue;
+    }
+    // The well-formed sequences of the Unicode standard: the second byte's range depends on the
+    // lead byte, which refuses overlong forms, encoded surrogates and values above U+10FFFF.
+    std::ptrdiff_t length;
+    unsigned char secondLow = 0x80, secondHigh = 0xBF;
+    if (lead >= 0xC2 && lead <= 0xDF) {
+      length = 2;
+    } else if (lead >= 0xE0 && lead <= 0xEF) {
+      length = 3;
+      if (lead == 0xE0) secondLow = 0xA0;
+      if (lead == 0xED) secondHigh = 0x9F;
+    } else if (lead >= 0xF0 && lead <= 0xF4) {
+      length = 4;
+      if (lead == 0xF0) secondLow = 0x90;
+      if (lead == 0xF4) secondHigh = 0x8F;
+    } else {
+      return false;
+    }
+    if (end - p < length || p[1] < secondLow || p[1] > secondHigh) return false;
+    unsigned int value = lead & (0xFF >> (length + 1));
+    for (std::ptrdiff_t i = 1; i < length; ++i) {
+      if (!IsContinuation(p[i])) return false;
+      value = (value << 6) | (p[i] & 0x3F);
+    }
+    p += length;
+    if (value < 0x10000) {
+      chunk[used++] = static_cast<wchar_t>(value);
+    } else {
+      value -= 0x10000;
+      chunk[used++] = static_cast<wchar_t>(0xD800 + (value >> 10));
+      chunk[used++] = static_cast<wchar_t>(0xDC00 + (value & 0x3FF));
+    }
+  }
+  text.append(chunk, used);
+  return true;
+}
+
+}  // namespace
 
 int ConvertFileBufferToWString(const std::vector<unsigned char>& buffer, TString& text) {
   text.clear();
@@ -20,8 +91,8 @@ int ConvertFileBufferToWString(const std::vector<unsigned char>& buffer, TString
     }
     return 0;
   }
-  const std::vector<UniChar> units = Utf8toUtf16(buffer);
-  text.assign(units.begin(), units.end());
+  // Bytes that are not UTF-8 give an empty text, as the converter's refusal does.
+  if (!DecodeUtf8(buffer.data(), buffer.data() + buffer.size(), text)) text.clear();
   return 0;
 }
 

@@ -37,6 +37,22 @@ TEST(ConvertFileBufferToWStringTest, ByteOrderMarksAndUtf8) {
   }
 }
 
+TEST(ConvertFileBufferToWStringTest, DecodesUtf8AsThePlatformConverterDoes) {
+  // Long mixed text crosses the decoder's eight-byte steps and its output chunks at every offset;
+  // a bad sequence at the very end must still void the whole text.
+  std::string text;
+  for (int i = 0; i < 4000; ++i)
+    text += i % 7 == 0 ? "\xC3\xA9" : i % 11 == 0 ? "\xF0\x9F\x98\x80" : "ab";
+  for (const std::string& bytes :
+       {text, "\xEF\xBB\xBF" + text, text + "\xED\xA0\x80", text.substr(0, text.size() - 1)}) {
+    const Bytes buffer(bytes.begin(), bytes.end());
+    const std::vector<UniChar> units = Utf8toUtf16(buffer);
+    TString decoded;
+    EXPECT_EQ(0, ConvertFileBufferToWString(buffer, decoded));
+    EXPECT_EQ(TString(units.begin(), units.end()), decoded);
+  }
+}
+
 class ConvertWStringToFileBufferTest : public ScriptedAlertsTest {};
 
 TEST_F(ConvertWStringToFileBufferTest, HostOrderWithMarkAndLowSixteenBits) {
