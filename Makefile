@@ -8,7 +8,7 @@ JOBS       ?= $(shell nproc)
 
 # Debian packages, by what needs them.
 BUILD_PACKAGES := cmake make g++ pkg-config gettext libgtest-dev libboost-dev
-BENCH_PACKAGES := libbenchmark-dev
+BENCH_PACKAGES := libbenchmark-dev libpugixml-dev libxml2-dev libexpat1-dev
 FUZZ_PACKAGES  := clang libclang-rt-14-dev
 
 # Seconds each fuzz target runs in `make fuzz`; seeds come from the conformance corpus.
@@ -18,7 +18,7 @@ FUZZ_SEEDS   ?= ../shared/xmlconf
 CMAKE_CONFIGURE = cmake -S . -B $(1) -DCMAKE_BUILD_TYPE=$(2) $(3) >/dev/null
 CTEST = ctest --test-dir $(1) --output-on-failure -j $(JOBS)
 
-.PHONY: all deps build check test asan demo bench fuzz clean
+.PHONY: all deps build check test asan demo bench bench-deps fuzz clean
 
 all: build
 
@@ -42,11 +42,14 @@ check: test asan
 demo: build
 	@scripts/demo $(BUILD)/bin/kestrail
 
-bench: deps
+bench-deps: deps
 	@scripts/install-packages $(BENCH_PACKAGES)
+
+bench: bench-deps
 	$(call CMAKE_CONFIGURE,build-bench,Release,-DKESTRAIL_BENCH=ON -DKESTRAIL_TESTS=OFF)
-	cmake --build build-bench -j $(JOBS) --target benchmarks
+	cmake --build build-bench -j $(JOBS) --target benchmarks kestrail
 	cmake --build build-bench --target run-benchmarks
+	@bench/import.sh build-bench/bin/kestrail
 
 fuzz: deps
 	@scripts/install-packages $(FUZZ_PACKAGES)

@@ -1,0 +1,280 @@
+// Side by side: bytes already in memory to a complete tree, then freed, for our pipeline (decode
+// the file to text, parse, delete) and three parsers users know, on the generated inputs. Each
+// parser, input and heap mode runs in a process of its own; the table gives MB/s of input bytes
+// (median and range of the timed samples) and the peak memory beyond the input, as a multiple
+// of the input's size, then the ratios and the targets they are held to.
+#include <expat.h>
+#include <libxml/parser.h>
+#include <malloc.h>
+#include <stdio.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <chrono>
+#include <climits>
+#include <cmath>
+#include <cstdlib>
+#include <fstream>
+#include <functional>
+#include <map>
+#include <memory>
+#include <pugixml.hpp>
+#include <string>
+#include <vector>
+
+#include "bench/Inputs.h"
+#include "ovlib/general_framework/OVUtil.h"
+#include "xmlparser/Xml.h"
+
+namespace {
+
+const int kSamples = 7;
+
+struct Input {
+  const char* name;
+  std::function<std::string()> make;
+  bool peers;    // also measured with the other parsers
+  bool targets;  // held to the targets
+};
+
+const std::vector<Input>& Inputs() {
+  static const std::vector<Input> inputs = {
+      {"setting-1KB", [] { return Bench::SettingsDocument(1000); }, true, true},
+      {"setting-20MB", [] { return Bench::SettingsDocument(20000000); }, true, true},
+      {"package-10MB", [] { return Bench::PackageDocument(10000000); }, true, true},
+      {"mime-2.4MB", [] { return Bench::MimeDatabaseDocument(2400000); }, true, true},
+      {"deep-100k", [] { return Bench::NestedDocument(100000); }, true, false},
+      {"setting-1MB", [] { return Bench::SettingsDocument(1000000); }, false, false},
+      {"setting-10MB", [] { return Bench::SettingsDocument(10000000); }, false, false},
+      {"setting-100MB", [] { return Bench::SettingsDocument(100000000); }, false, false},
+  };
+  return inputs;
+}
+
+// One pass of a parser over `bytes`: a complete tree (or a full pass) and everything freed.
+// False when the parser refuses the input.
+typedef bool (*Pass)(const std::vector<unsigned char>& bytes);
+
+bool Ours(const std::vector<unsigned char>& bytes) {
+  TString text;
+  if (ConvertFileBufferToWString(bytes, text) != 0) return false;
+  Xml::Parser parser;
+  try {
+    delete parser.Parse(text.data(), static_cast<int>(text.size()));
+    return true;
+  } catch (const Xml::ParsingException&) {
+    return false;
+  }
+}
+
+bool Pugixml(const std::vector<unsigned char>& bytes) {
+  pugi::xml_document document;
+  return document.load_buffer(bytes.data(), bytes.size());
+}
+
+bool Libxml2(const std::vector<unsigned char>& bytes) {
+  xmlDocPtr document =
+      xmlReadMemory(reinterpret_cast<const char*>(bytes.data()), static_cast<int>(bytes.size()),
+                    "input.xml", nullptr, XML_PARSE_HUGE | XML_PARSE_NOERROR | XML_PARSE_NOWARNING);
+  xmlFreeDoc(document);
+  return document != nullptr;
+}
+
+bool Expat(const std::vector<unsigned char>& bytes) {
+  XML_Parser parser = XML_ParserCreate(nullptr);
+  const bool parsed = XML_Parse(parser, reinterpret_cast<const char*>(bytes.data()),
+                                static_cast<int>(bytes.size()), 1) == XML_STATUS_OK;
+  XML_ParserFree(parser);
+  return parsed;
+}
+
+const std::map<std::string, Pass> kParsers = {
+    {"ours", Ours}, {"pugixml", Pugixml}, {"libxml2", Libxml2}, {"expat", Expat}};
+const char* const kPeers[] = {"pugixml", "libxml2", "expat"};
+
+long StatusKilobytes(const char* field) {
+  std::ifstream status("/proc/self/status");
+  std::string line;
+  while (std::getline(status, line)) {
+    if (line.rfind(field, 0) == 0) return std::atol(line.c_str() + std::string(field).size());
+  }
+  return 0;
+}
+
+double Seconds(std::chrono::steady_clock::duration d) {
+  return std::chrono::duration<double>(d).count();
+}
+
+// The measurement of one parser on one input, in this process: prints
+// "median min max peak-multiple" or "failed".
+int Measure(const std::string& parser, const std::string& inputName, bool retained) {
+  if (retained) {
+    // Freed memory stays with the process, as in a long-running one: this shows the parser's
+    // own work rather than the system's page handling.
+    mallopt(M_MMAP_MAX, 0);
+    mallopt(M_TRIM_THRESHOLD, INT_MAX);
+  }
+  const Pass pass = kParsers.at(parser);
+  std::vector<unsigned char> bytes;
+  for (const Input& input : Inputs()) {
+    if (input.name == inputName) {
+      const std::string made = input.make();
+      bytes.assign(made.begin(), made.end());
+    }
+  }
+  malloc_trim(0);
+  std::ofstream("/proc/self/clear_refs") << "5";  // the peak starts again from here
+  const long before = StatusKilobytes("VmRSS:");
+
+  auto start = std::chrono::steady_clock::now();
+  if (!pass(bytes)) {
+    std::printf("failed\n");
+    return 0;
+  }
+  // Small inputs are timed in batches long enough to measure.
+  const double once = std::max(Seconds(std::chrono::steady_clock::now() - start), 1e-7);
+  const long batch = std::max(1L, std::lround(0.05 / once));
+  std::vector<double> rates;
+  for (int sample = 0; sample < kSamples; ++sample) {
+    start = std::chrono::steady_clock::now();
+    for (long i = 0; i < batch; ++i) pass(bytes);
+    rates.push_back(batch * bytes.size() / 1e6 / Seconds(std::chrono::steady_clock::now() - start));
+  }
+  std::sort(rates.begin(), rates.end());
+  const double peak = (StatusKilobytes("VmHWM:") - before) * 1024.0 / bytes.size();
+  std::printf("%.2f %.2f %.2f %.2f\n", rates[kSamples / 2], rates.front(), rates.back(),
+              std::max(peak, 0.0));
+  return 0;
+}
+
+struct Result {
+  bool ok = false;
+  double median = 0, low = 0, high = 0, peak = 0;
+};
+
+Result RunChild(const std::string& self, const std::string& parser, const std::string& input,
+                bool retained) {
+  const std::string command =
+      "'" + self + "' --run " + parser + " " + input + " " + (retained ? "retained" : "default");
+  Result result;
+  if (FILE* child = popen(command.c_str(), "r")) {
+    result.ok = std::fscanf(child, "%lf %lf %lf %lf", &result.median, &result.low, &result.high,
+                            &result.peak) == 4;
+    pclose(child);
+  }
+  return result;
+}
+
+// A target line: each ratio of `ours` to `peer` on the inputs held to targets, and whether all
+// meet `least`.
+struct Check {
+  std::string text;
+  bool met = true;
+};
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  if (argc == 5 && std::string(argv[1]) == "--run") {
+    return Measure(argv[2], argv[3], std::string(argv[4]) == "retained");
+  }
+  const std::string self = "/proc/self/exe";
+  std::string me(PATH_MAX, '\0');
+  me.resize(readlink(self.c_str(), me.data(), me.size()));
+
+  std::map<std::string, Result> results;  // by "input heap parser"
+  std::printf("%-14s %-9s %-8s %10s %21s %11s\n", "input", "heap", "parser", "MB/s", "(min-max)",
+              "peak/input");
+  for (const Input& input : Inputs()) {
+    for (bool retained : {false, true}) {
+      for (const auto& [parser, pass] : kParsers) {
+        if (parser != "ours" && !input.peers) continue;
+        const Result r = RunChild(me, parser, input.name, retained);
+        results[std::string(input.name) + (retained ? " retained " : " default ") + parser] = r;
+        const char* heap = retained ? "retained" : "default";
+        if (!r.ok) {
+          std::printf("%-14s %-9s %-8s %10s\n", input.name, heap, parser.c_str(), "failed");
+          continue;
+        }
+        std::printf("%-14s %-9s %-8s %10.1f %10.1f-%-10.1f %10.1fx\n", input.name, heap,
+                    parser.c_str(), r.median, r.low, r.high, r.peak);
+      }
+    }
+  }
+
+  std::printf("\nours/peer, MB/s (median) and peak memory multiple:\n");
+  for (const Input& input : Inputs()) {
+    if (!input.peers) continue;
+    for (bool retained : {false, true}) {
+      const std::string key = std::string(input.name) + (retained ? " retained " : " default ");
+      const Result& ours = results[key + "ours"];
+      std::printf("%-14s %-9s", input.name, retained ? "retained" : "default");
+      for (const char* peer : kPeers) {
+        const Result& other = results[key + peer];
+        if (ours.ok && other.ok) {
+          std::printf("  %s %.2fx speed %.2fx memory", peer, ours.median / other.median,
+                      other.peak > 0 ? ours.peak / other.peak : INFINITY);
+        } else {
+          std::printf("  %s n/a", peer);
+        }
+      }
+      std::printf("\n");
+    }
+  }
+
+  auto speed = [&](const char* heap, const char* peer, double least) {
+    Check check{std::string("ours >= ") + std::to_string(least).substr(0, 3) + "x " + peer + " (" +
+                heap + " heap):"};
+    for (const Input& input : Inputs()) {
+      if (!input.targets) continue;
+      const std::string key = std::string(input.name) + " " + heap + " ";
+      const Result &ours = results[key + "ours"], &other = results[key + peer];
+      const double ratio = ours.ok && other.ok ? ours.median / other.median : 0;
+      check.met = check.met && ratio >= least;
+      check.text += " " + std::string(input.name) + " " + std::to_string(ratio).substr(0, 4);
+    }
+    return check;
+  };
+  auto memory = [&]() {
+    Check check{"peak ours <= libxml2's multiple:"};
+    for (const Input& input : Inputs()) {
+      if (!input.targets) continue;
+      for (const char* heap : {"default", "retained"}) {
+        const std::string key = std::string(input.name) + " " + heap + " ";
+        const Result &ours = results[key + "ours"], &other = results[key + "libxml2"];
+        const bool met = ours.ok && other.ok && ours.peak <= other.peak;
+        check.met = check.met && met;
+        if (std::string(heap) == "default") {
+          check.text += " " + std::string(input.name) + " " +
+                        std::to_string(ours.peak).substr(0, 4) + "/" +
+                        std::to_string(other.peak).substr(0, 4);
+        }
+      }
+    }
+    const Result& setting = results["setting-20MB default ours"];
+    check.met = check.met && setting.ok && setting.peak <= 10;
+    check.text += "; setting-20MB <= 10x: " + std::to_string(setting.peak).substr(0, 4);
+    return check;
+  };
+  auto linear = [&]() {
+    Check check{"ours grows linearly (1, 10, 100 MB within 30%):"};
+    for (const char* heap : {"default", "retained"}) {
+      double low = INFINITY, high = 0;
+      check.text += std::string(" ") + heap;
+      for (const char* name : {"setting-1MB", "setting-10MB", "setting-100MB"}) {
+        const Result& r = results[std::string(name) + " " + heap + " ours"];
+        low = std::min(low, r.ok ? r.median : 0);
+        high = std::max(high, r.median);
+        check.text += " " + std::to_string(r.median).substr(0, 5);
+      }
+      check.met = check.met && high <= low * 1.3;
+    }
+    return check;
+  };
+  std::printf("\ntargets:\n");
+  for (const Check& check : {speed("retained", "libxml2", 1.5), speed("retained", "expat", 1.0),
+                             speed("default", "libxml2", 1.0), memory(), linear()}) {
+    std::printf("  %s %s\n", check.met ? "MET " : "MISS", check.text.c_str());
+  }
+  return 0;
+}
