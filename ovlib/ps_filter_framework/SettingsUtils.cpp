@@ -51,6 +51,17 @@ Xml::Document* ParseOrNull(const TString& text) {
   }
 }
 
+// Reads `file` whole and decodes it into `text`, which is then parsed into `document` (left
+// null when the text is not XML). The status of a failed read or decoding, else 0.
+int ReadSettingsFile(const OVFileSystemReference& file, TString& text,
+                     boost::scoped_ptr<Xml::Document>& document) {
+  std::vector<unsigned char> buffer;
+  int status = ReadDiskFileIntoBuffer(file, buffer);
+  if (status == 0) status = ConvertFileBufferToWString(buffer, text);
+  if (status == 0) document.reset(ParseOrNull(text));
+  return status;
+}
+
 TString AttributeValue(const Xml::Element& element, const TString& name) {
   return ConvertToTString(element.GetAttribute(name.c_str()).GetValue());
 }
@@ -111,14 +122,9 @@ int SettingsUtils::LocateFolderForSetting(const OVFileSystemReference& sourceFil
                                           TString& filterName, bool& isOldStyle,
                                           bool& needsGlimmerboxFolder) {
   needsGlimmerboxFolder = false;
-  std::vector<unsigned char> buffer;
-  int status = ReadDiskFileIntoBuffer(sourceFile, buffer);
-  if (status != 0) return status;
   TString text;
-  status = ConvertFileBufferToWString(buffer, text);
-  if (status != 0) return status;
-
-  boost::scoped_ptr<Xml::Document> document(ParseOrNull(text));
+  boost::scoped_ptr<Xml::Document> document;
+  if (const int status = ReadSettingsFile(sourceFile, text, document)) return status;
   if (document) {
     const Xml::Element& root = document->GetRoot();
     if (root.GetName() == oldstyle_setting_qname) {
@@ -214,14 +220,9 @@ int SettingsUtils::UnpackageOldSettingsFile(OVFileSystemReference& packageFile,
   if (!destinationFolder.IsFolder()) {
     OV_AssertFailed("ovlib/ps_filter_framework/SettingsUtils", 183, "UnpackageOldSettingsFile");
   }
-  std::vector<unsigned char> buffer;
-  int status = ReadDiskFileIntoBuffer(packageFile, buffer);
-  if (status != 0) return status;
   TString text;
-  status = ConvertFileBufferToWString(buffer, text);
-  if (status != 0) return status;
-
-  boost::scoped_ptr<Xml::Document> document(ParseOrNull(text));
+  boost::scoped_ptr<Xml::Document> document;
+  if (const int status = ReadSettingsFile(packageFile, text, document)) return status;
   if (!document || document->GetRoot().GetName() != oldstyle_setting_qname) return -1;
   const Xml::Element& root = document->GetRoot();
   const TString name = root.GetAttribute(name_qname.c_str()).GetValue();
