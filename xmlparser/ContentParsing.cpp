@@ -12,8 +12,6 @@
 namespace Xml {
 namespace {
 
-bool IsQuote(wchar_t c) { return c == L'"' || c == L'\''; }
-
 // Moves the parser over the characters that need no decision (legal, not a line end, none of
 // `Stops`) with the same effect on position, line and column as reading them one by one; the
 // loops that follow then only read the characters that matter. Runs of text dominate documents.
@@ -184,7 +182,7 @@ Attribute* Attribute::Parse(Parser& parser, Element& element) {
 
 bool Attribute::ParseAttValue(Parser& parser) {
   const wchar_t quote = parser.NextChar();
-  if (!IsQuote(quote)) {
+  if (!Private::IsQuote(quote)) {
     parser.PreviousChar();
     return false;
   }

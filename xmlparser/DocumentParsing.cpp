@@ -11,8 +11,6 @@
 namespace Xml {
 namespace {
 
-bool IsQuote(wchar_t c) { return c == L'"' || c == L'\''; }
-
 bool IsAsciiLetter(wchar_t c) { return (c >= L'a' && c <= L'z') || (c >= L'A' && c <= L'Z'); }
 
 bool IsAsciiAlphanumeric(wchar_t c) { return IsAsciiLetter(c) || (c >= L'0' && c <= L'9'); }
@@ -33,7 +31,7 @@ bool ParsePseudoAttribute(Parser& parser, const wchar_t* keyword, PARSER_ERROR q
                           PARSER_ERROR valueError, ParseValue parseValue) {
   if (!parser.ParseDeclBegining(keyword)) return false;
   const wchar_t quote = parser.NextChar();
-  if (!IsQuote(quote)) parser.SyntaxError(quoteError);
+  if (!Private::IsQuote(quote)) parser.SyntaxError(quoteError);
   if (!parseValue()) parser.SyntaxError(valueError);
   if (parser.NextChar() != quote) parser.SyntaxError(valueError);
   return true;

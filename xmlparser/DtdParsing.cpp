@@ -14,8 +14,6 @@ namespace {
 // The characters of a public identifier besides ASCII letters and digits.
 const wchar_t s_szChars[] = L" \r\n-'()+,./:=?;!*#@$_%";
 
-bool IsQuote(wchar_t c) { return c == L'"' || c == L'\''; }
-
 bool IsPibidChar(wchar_t c) {
   return (c >= L'a' && c <= L'z') || (c >= L'A' && c <= L'Z') || (c >= L'0' && c <= L'9') ||
          (c != 0 && std::wcschr(s_szChars, c) != nullptr);
@@ -37,7 +35,7 @@ void ParseOccurrenceSuffix(Parser& parser) {
 template <class Accept>
 bool ParseQuoted(Parser& parser, Accept accept) {
   const wchar_t quote = parser.NextChar();
-  if (!IsQuote(quote)) return false;
+  if (!Private::IsQuote(quote)) return false;
   for (wchar_t c = parser.NextChar(); c != quote; c = parser.NextChar()) {
     if (c == 0) parser.SyntaxError(PARSE_UNEXPECTED_END);
     const PARSER_ERROR error = accept(c);
@@ -274,7 +272,7 @@ bool Dtd::ParseNDataDecl(Parser& parser) {
 
 bool Dtd::ParseEntityValue(Parser& parser) {
   const wchar_t quote = parser.NextChar();
-  if (!IsQuote(quote)) {
+  if (!Private::IsQuote(quote)) {
     parser.PreviousChar();
     return false;
   }

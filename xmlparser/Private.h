@@ -17,6 +17,9 @@ namespace Private {
 extern const wchar_t s_spaces[];
 inline bool IsSpace(wchar_t c) { return c == L' ' || c == L'\t' || c == L'\r' || c == L'\n'; }
 
+// The two characters that delimit attribute values and literals.
+inline bool IsQuote(wchar_t c) { return c == L'"' || c == L'\''; }
+
 // Characters that may stand in a document: tab, line feed, carriage return, or any value from
 // 32 up read as a signed 32-bit number (so a value with the top bit set is illegal).
 inline bool IsLegal(wchar_t c) {
