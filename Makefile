@@ -5,9 +5,12 @@
 BUILD      ?= build
 ASAN_BUILD ?= build-asan
 JOBS       ?= $(shell nproc)
+# Where `make install` puts Kestrail; DESTDIR, when given, stages the install below it.
+PREFIX     ?= /usr/local
 
 # Debian packages, by what needs them.
-BUILD_PACKAGES := cmake make g++ pkg-config gettext libgtest-dev libboost-dev
+BUILD_PACKAGES := cmake make g++ pkg-config gettext libgtest-dev libboost-dev libgtk-3-dev \
+                  xvfb xauth xdotool imagemagick shared-mime-info desktop-file-utils
 BENCH_PACKAGES := libbenchmark-dev libpugixml-dev libxml2-dev libexpat1-dev
 FUZZ_PACKAGES  := clang libclang-rt-14-dev
 
@@ -18,7 +21,7 @@ FUZZ_SEEDS   ?= ../shared/xmlconf
 CMAKE_CONFIGURE = cmake -S . -B $(1) -DCMAKE_BUILD_TYPE=$(2) $(3) >/dev/null
 CTEST = ctest --test-dir $(1) --output-on-failure -j $(JOBS)
 
-.PHONY: all deps build check test asan demo bench bench-deps fuzz clean
+.PHONY: all deps build check test asan install package demo bench bench-deps fuzz clean
 
 all: build
 
@@ -38,6 +41,13 @@ asan: deps
 	$(call CTEST,$(ASAN_BUILD))
 
 check: test asan
+
+install: build
+	DESTDIR=$(DESTDIR) cmake --install $(BUILD) --prefix $(PREFIX) --strip
+
+# The Debian package lands in the build tree: $(BUILD)/kestrail_<version>_<arch>.deb.
+package: build
+	cd $(BUILD) && cpack
 
 demo: build
 	@scripts/demo $(BUILD)/bin/kestrail

@@ -40,8 +40,9 @@ class DialogBackend {
 };
 
 // The backend that shows this process's dialogs: one installed by a ScopedDialogBackend if any,
-// else the one chosen on first use: the text backend on the standard streams (when there is no
-// graphical display or KESTRAIL_UI is "text"; for now always).
+// else the one chosen on first use: GTK windows from the dialog module when there is a graphical
+// display and KESTRAIL_UI is not "text", else (or when the module cannot serve, said on standard
+// error) the text backend on the standard streams.
 DialogBackend& ActiveDialogBackend();
 
 // Makes `backend` the active one for its own lifetime, then restores the previous one.

@@ -171,4 +171,15 @@ TEST_F(KestrailTest, CommandLine) {
   EXPECT_NE(std::string::npos, run.err.find("missing.xml")) << run.err;
 }
 
+// A display that cannot be opened costs the windows, not the import: one line on standard error
+// says why, and the questions come on the terminal.
+TEST_F(KestrailTest, UnreachableDisplayFallsBackToTheTerminal) {
+  m_temp.Write("in/Wash.xml", kDaubery);
+  ProgramRun run = RunProgram(KESTRAIL, {m_temp.Path("in/Wash.xml")}, "",
+                              {{"KESTRAIL_UI", ""}, {"DISPLAY", ":4093"}, {"WAYLAND_DISPLAY", ""}});
+  EXPECT_EQ(0, run.status);
+  EXPECT_NE(std::string::npos, run.err.find("kestrail: no dialog windows (")) << run.err;
+  EXPECT_NE(std::string::npos, run.out.find(kInstalled)) << run.out;
+}
+
 }  // namespace
