@@ -11,7 +11,7 @@ PREFIX     ?= /usr/local
 # Debian packages, by what needs them.
 BUILD_PACKAGES := cmake make g++ pkg-config gettext libgtest-dev libboost-dev libgtk-3-dev \
                   xvfb xdotool imagemagick tesseract-ocr tesseract-ocr-eng shared-mime-info \
-                  desktop-file-utils
+                  desktop-file-utils fonts-dejavu-core
 BENCH_PACKAGES := libbenchmark-dev libpugixml-dev libxml2-dev libexpat1-dev
 FUZZ_PACKAGES  := clang libclang-rt-14-dev
 
