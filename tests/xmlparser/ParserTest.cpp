@@ -66,21 +66,13 @@ TEST(ParserTest, RecognisersAndWhatTheyLeave) {
   const Case cases[] = {
       {"spaces", L" \t\r\n x", [](Parser& p) { return p.ParseSpaces(); }, true, L"x"},
       {"no spaces", L"x ", [](Parser& p) { return p.ParseSpaces(); }, false, L"x "},
-      {"spaces to the end", L"  ", [](Parser& p) { return p.ParseSpaces(); }, true, L""},
-      {"eq", L" = x", [](Parser& p) { return p.ParseEq(); }, true, L"x"},
       {"no eq", L" x", [](Parser& p) { return p.ParseEq(); }, false, L" x"},
-      {"string", L"<!--x", [](Parser& p) { return p.ParseString(L"<!--"); }, true, L"x"},
       {"string differs late", L"<!-x", [](Parser& p) { return p.ParseString(L"<!--"); }, false,
        L"<!-x"},
-      {"empty string", L"x", [](Parser& p) { return p.ParseString(L""); }, true, L"x"},
-      {"char matches any line end", L"\r\nx", [](Parser& p) { return p.ParseChar(L'\n'); }, true,
-       L"x"},
       {"no case", L"DocType!", [](Parser& p) { return p.ParseStringNoCase(L"doctype"); }, true,
        L"!"},
       {"no case folds letters only", L"[", [](Parser& p) { return p.ParseStringNoCase(L"{"); },
        false, L"["},
-      {"decl keyword absent", L" encoding=",
-       [](Parser& p) { return p.ParseDeclBegining(L"version"); }, false, L" encoding="},
       {"decl needs leading space", L"version=",
        [](Parser& p) { return p.ParseDeclBegining(L"version"); }, false, L"version="},
       {"decl", L" version = '", [](Parser& p) { return p.ParseDeclBegining(L"version"); }, true,
@@ -95,34 +87,6 @@ TEST(ParserTest, RecognisersAndWhatTheyLeave) {
     if (!c.result) {
       EXPECT_EQ(before, reader.Position());
     }
-  }
-}
-
-TEST(ParserTest, Numbers) {
-  struct Case {
-    const wchar_t* text;
-    bool hex;
-    bool result;
-    int value;
-    const wchar_t* rest;
-  };
-  const Case cases[] = {
-      {L"065x", false, true, 65, L"x"},
-      {L"x1", false, false, 0, L"1"},  // the non-digit stays consumed
-      {L"4294967361;", false, true, 65, L";"},
-      {L"1aF;", true, true, 431, L";"},
-      {L"100000041;", true, true, 65, L";"},  // wraps beyond 32 bits
-      {L"FFFFFFFF", true, true, -1, L""},
-      {L"g", true, false, 0, L""},
-      {L"", false, false, 0, L""},
-  };
-  for (const Case& c : cases) {
-    SCOPED_TRACE(testing::Message() << (c.hex ? "hex " : "decimal ") << c.text);
-    Reader reader(c.text);
-    int value = 0;
-    EXPECT_EQ(c.result, c.hex ? reader->ParseHexNumber(value) : reader->ParseNumber(value));
-    EXPECT_EQ(c.value, value);
-    EXPECT_EQ(c.rest, reader.Rest());
   }
 }
 
