@@ -11,8 +11,6 @@ using namespace Xml::Testing;
 TEST(DtdParsingTest, AcceptedDeclarationsLeaveNoTrace) {
   const wchar_t* const declarations[] = {
       L"<!DOCTYPE a>",
-      L"<!DOCTYPE a SYSTEM \"a.dtd\">",
-      L"<!DOCTYPE a PUBLIC \"-//X//Y\" 'a.dtd'>",
       L"<!DOCTYPE a [ ]>",
       L"<!DOCTYPE a [<!ELEMENT a (#PCDATA)><!ELEMENT b (c|d)*><!ELEMENT e (f,g?)+>"
       L"<!ELEMENT h EMPTY><!ELEMENT i ANY><!ELEMENT j (#PCDATA|k|l)*><!ELEMENT m (#PCDATA)*>"
@@ -24,7 +22,7 @@ TEST(DtdParsingTest, AcceptedDeclarationsLeaveNoTrace) {
       L"<!DOCTYPE a [<!NOTATION n SYSTEM \"x\"><!NOTATION n PUBLIC \"p\">"
       L"<!NOTATION n PUBLIC 'p' \"s\"> %pe; ]>",
       L"<!DOCTYPE a SYSTEM \"tab\there\">",
-      L"<!DOCTYPE a PUBLIC \"it's -//()+,./:=?;!*#@$_%\" \"s\">",
+      L"<!DOCTYPE a PUBLIC \"it's -//()+,./:=?;!*#@$_%\" 's'>",
   };
   for (const wchar_t* declaration : declarations) {
     SCOPED_TRACE(testing::Message() << "declaration #" << (&declaration - declarations));
