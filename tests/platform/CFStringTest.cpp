@@ -1,8 +1,8 @@
 #include <gtest/gtest.h>
 
-#include <cstring>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "platform/CoreFoundation.h"
@@ -13,10 +13,11 @@ using StringHolder = std::unique_ptr<const void, decltype(&CFRelease)>;
 
 StringHolder Hold(CFStringRef string) { return StringHolder(string, &CFRelease); }
 
-std::vector<UniChar> UnitsOf(CFStringRef string) {
-  std::vector<UniChar> units(static_cast<std::size_t>(CFStringGetLength(string)));
-  CFStringGetCharacters(string, CFRangeMake(0, CFStringGetLength(string)), units.data());
-  return units;
+std::u16string UnitsOf(const StringHolder& string) {
+  const CFStringRef ref = static_cast<CFStringRef>(string.get());
+  std::vector<UniChar> units(static_cast<std::size_t>(CFStringGetLength(ref)));
+  CFStringGetCharacters(ref, CFRangeMake(0, CFStringGetLength(ref)), units.data());
+  return std::u16string(units.begin(), units.end());
 }
 
 CFStringRef FromBytes(const std::string& bytes, CFStringEncoding encoding) {
@@ -28,35 +29,27 @@ TEST(CFStringCreateWithBytesTest, Utf8AcceptsWellFormedText) {
   struct Case {
     const char* label;
     std::string bytes;
-    std::vector<UniChar> units;
+    std::u16string units;
   };
   const Case cases[] = {
-      {"ASCII past the eight-byte stride",
-       "abcdefghij",
-       {'a', 'b', 'c', 'd', 'e', 'f', 'g', 'h', 'i', 'j'}},
-      {"lowest three-byte", "\xE0\xA0\x80", {0x0800}},
-      {"highest three-byte", "\xEF\xBF\xBF", {0xFFFF}},
-      {"highest code point", "\xF4\x8F\xBF\xBF", {0xDBFF, 0xDFFF}},
-      {"multi-byte after an ASCII stride",
-       "12345678\xC3\xA9",
-       {'1', '2', '3', '4', '5', '6', '7', '8', 0xE9}},
-      {"leading mark dropped", "\xEF\xBB\xBF[x", {'[', 'x'}},
-      {"later mark kept", "a\xEF\xBB\xBF", {'a', 0xFEFF}},
+      {"ASCII past the eight-byte stride", "abcdefghij", u"abcdefghij"},
+      {"lowest three-byte", "\xE0\xA0\x80", u"\x0800"},
+      {"highest three-byte", "\xEF\xBF\xBF", u"\xFFFF"},
+      {"highest code point", "\xF4\x8F\xBF\xBF", u"\xDBFF\xDFFF"},
+      {"multi-byte after an ASCII stride", "12345678\xC3\xA9", u"12345678\xE9"},
+      {"leading mark dropped", "\xEF\xBB\xBF[x", u"[x"},
+      {"later mark kept", "a\xEF\xBB\xBF", u"a\xFEFF"},
   };
   for (const Case& c : cases) {
     SCOPED_TRACE(c.label);
     StringHolder string = Hold(FromBytes(c.bytes, kCFStringEncodingUTF8));
     ASSERT_NE(string, nullptr);
-    EXPECT_EQ(c.units, UnitsOf(static_cast<CFStringRef>(string.get())));
+    EXPECT_EQ(c.units, UnitsOf(string));
   }
 }
 
 TEST(CFStringCreateWithBytesTest, Utf8RefusesIllFormedTextAnywhere) {
-  struct Case {
-    const char* label;
-    std::string bytes;
-  };
-  const Case cases[] = {
+  const std::pair<const char*, std::string> cases[] = {
       {"lone continuation byte", "\x80"},
       {"continuation after a long ASCII run", "abcdefghijklmnop\xBF"},
       {"overlong two-byte", "\xC0\xAF"},
@@ -70,9 +63,8 @@ TEST(CFStringCreateWithBytesTest, Utf8RefusesIllFormedTextAnywhere) {
       {"three-byte cut by ASCII", "\xE2\x82x"},
       {"bad byte after a mark", "\xEF\xBB\xBF\xC3"},
   };
-  for (const Case& c : cases) {
-    SCOPED_TRACE(c.label);
-    EXPECT_EQ(nullptr, FromBytes(c.bytes, kCFStringEncodingUTF8));
+  for (const auto& [label, bytes] : cases) {
+    EXPECT_EQ(nullptr, FromBytes(bytes, kCFStringEncodingUTF8)) << label;
   }
 }
 
@@ -81,7 +73,7 @@ TEST(CFStringEncodingTest, MacRomanRoundTripsEveryByte) {
   for (int byte = 1; byte < 256; ++byte) all += static_cast<char>(byte);
   StringHolder string = Hold(FromBytes(all, kCFStringEncodingMacRoman));
   ASSERT_NE(string, nullptr);
-  const std::vector<UniChar> units = UnitsOf(static_cast<CFStringRef>(string.get()));
+  const std::u16string units = UnitsOf(string);
   EXPECT_EQ(0x00C4, units[0x80 - 1]);
   EXPECT_EQ(0x20AC, units[0xDB - 1]);
   EXPECT_EQ(0xF8FF, units[0xF0 - 1]);

@@ -1,10 +1,9 @@
 #include <gtest/gtest.h>
 #include <sys/xattr.h>
-#include <unistd.h>
 
 #include <cstring>
 #include <filesystem>
-#include <fstream>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -31,6 +30,9 @@ class FilesTest : public testing::Test {
     const std::vector<UniChar> units = Units(name);
     return FSMakeFSRefUnicode(&folder, units.size(), units.data(), kTextEncodingUnicodeDefault,
                               &child);
+  }
+  static OSErr Info(const FSRef& ref) {
+    return FSGetCatalogInfo(&ref, kFSCatInfoNone, nullptr, nullptr, nullptr, nullptr);
   }
   static OSErr CreateFile(const FSRef& folder, const std::u16string& name, FSRef* file) {
     const std::vector<UniChar> units = Units(name);
@@ -64,19 +66,16 @@ TEST_F(FilesTest, BadNamesAreRefusedAndNothingLeavesTheFolder) {
     SCOPED_TRACE(c.label);
     const std::vector<UniChar> name = Units(c.name);
     FSRef ref;
-    EXPECT_EQ(bdNamErr, FSMakeFSRefUnicode(&m_inner, name.size(), name.data(), 0, &ref));
-    EXPECT_EQ(bdNamErr,
-              FSCreateFileUnicode(&m_inner, name.size(), name.data(), 0, nullptr, &ref, nullptr));
+    EXPECT_EQ(bdNamErr, Child(m_inner, c.name, ref));
+    EXPECT_EQ(bdNamErr, CreateFile(m_inner, c.name, &ref));
     EXPECT_EQ(bdNamErr, FSCreateDirectoryUnicode(&m_inner, name.size(), name.data(), 0, nullptr,
                                                  &ref, nullptr, nullptr));
     EXPECT_EQ(bdNamErr, FSRenameUnicode(&existing, name.size(), name.data(), 0, &ref));
   }
-  std::vector<std::string> outer, inner;
-  for (const auto& entry : fs::directory_iterator(m_temp.Path())) outer.push_back(entry.path());
-  for (const auto& entry : fs::directory_iterator(m_temp.Path("inner")))
-    inner.push_back(entry.path());
-  EXPECT_EQ(std::vector<std::string>{m_temp.Path("inner")}, outer);
-  EXPECT_EQ(std::vector<std::string>{m_temp.Path("inner/existing")}, inner);
+  std::set<std::string> all;
+  for (const auto& entry : fs::recursive_directory_iterator(m_temp.Path()))
+    all.insert(entry.path());
+  EXPECT_EQ((std::set<std::string>{m_temp.Path("inner"), m_temp.Path("inner/existing")}), all);
   FSRef longest;
   EXPECT_EQ(noErr, CreateFile(m_inner, std::u16string(255, u'n'), &longest));
 }
@@ -88,7 +87,7 @@ TEST_F(FilesTest, LookupTellsMissingFromMisuse) {
   EXPECT_EQ(fnfErr, Child(m_inner, u"missing", ref));
   EXPECT_EQ(dirNFErr, Child(file, u"x", ref));
   EXPECT_EQ(nsvErr, Child(nothing, u"x", ref));
-  EXPECT_EQ(nsvErr, FSGetCatalogInfo(&nothing, kFSCatInfoNone, nullptr, nullptr, nullptr, nullptr));
+  EXPECT_EQ(nsvErr, Info(nothing));
   EXPECT_EQ(fnfErr, PathRef(m_temp.Path("inner/missing"), ref));
 }
 
@@ -124,9 +123,8 @@ TEST_F(FilesTest, ReferenceToDeletedOrReplacedObjectIsInvalid) {
   ASSERT_EQ(noErr, FSDeleteObject(&deleted));
   m_temp.Write("inner/new", "new");
   fs::rename(m_temp.Path("inner/new"), m_temp.Path("inner/replaced"));
-  EXPECT_EQ(fnfErr, FSGetCatalogInfo(&deleted, kFSCatInfoNone, nullptr, nullptr, nullptr, nullptr));
-  EXPECT_EQ(fnfErr,
-            FSGetCatalogInfo(&replaced, kFSCatInfoNone, nullptr, nullptr, nullptr, nullptr));
+  EXPECT_EQ(fnfErr, Info(deleted));
+  EXPECT_EQ(fnfErr, Info(replaced));
   EXPECT_EQ(dirNFErr, CreateFile(deleted, u"x", &ref));
 }
 

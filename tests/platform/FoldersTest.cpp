@@ -1,7 +1,7 @@
 #include <gtest/gtest.h>
-#include <stdlib.h>
 
 #include <filesystem>
+#include <optional>
 #include <string>
 
 #include "platform/Files.h"

@@ -11,14 +11,11 @@
 
 namespace {
 
-AlertDescription AssertionAlert() {
-  AlertDescription alert;
-  alert.m_nKind = kAlertStopAlert;
-  alert.m_strMessage = "A bug has been detected.";
-  alert.m_strExplanation = "Failure at line 3";
-  alert.m_vecButtons = {{"Continue", 1}, {"Debug", 2}, {"More Options", 3}};
-  return alert;
-}
+// A failed check's alert.
+const AlertDescription kAssertion = {kAlertStopAlert,
+                                     "A bug has been detected.",
+                                     "Failure at line 3",
+                                     {{"Continue", 1}, {"Debug", 2}, {"More Options", 3}}};
 
 TEST(TextDialogBackendTest, AnswerPicksAButton) {
   struct Case {
@@ -40,7 +37,7 @@ TEST(TextDialogBackendTest, AnswerPicksAButton) {
     std::istringstream in(c.input);
     std::ostringstream out, err;
     TextDialogBackend backend(in, out, err);
-    EXPECT_EQ(c.item, backend.RunAlert(AssertionAlert()));
+    EXPECT_EQ(c.item, backend.RunAlert(kAssertion));
     EXPECT_EQ("", out.str());  // a stop alert reports a failed check: standard error only
     EXPECT_EQ(0u, err.str().find("\nA bug has been detected.\nFailure at line 3\n"
                                  "Answer Continue, Debug or More Options [Continue]: "));
@@ -48,10 +45,8 @@ TEST(TextDialogBackendTest, AnswerPicksAButton) {
 }
 
 TEST(TextDialogBackendTest, SharedFirstLetterIsAskedAgain) {
-  AlertDescription alert;
-  alert.m_nKind = kAlertCautionAlert;
-  alert.m_strMessage = "Replace it?";
-  alert.m_vecButtons = {{"No", 1}, {"Not now", 2}, {"Yes", 3}};
+  const AlertDescription alert = {
+      kAlertCautionAlert, "Replace it?", "", {{"No", 1}, {"Not now", 2}, {"Yes", 3}}};
   std::istringstream in("n\ny\n");
   std::ostringstream out, err;
   TextDialogBackend backend(in, out, err);

@@ -19,25 +19,17 @@ TString DecodeSimply(const std::string& bytes) {
   TString text;
   auto byte = [&](size_t i) { return static_cast<unsigned char>(bytes[i]); };
   if (bytes.size() >= 2 && (byte(0) == 0xFE || byte(0) == 0xFF) && byte(0) + byte(1) == 0x1FD) {
-    const bool bigEndian = byte(0) == 0xFE;
-    for (size_t i = 2; i + 1 < bytes.size(); i += 2) {
-      text +=
-          static_cast<wchar_t>(bigEndian ? byte(i) << 8 | byte(i + 1) : byte(i + 1) << 8 | byte(i));
-    }
+    const size_t high = byte(0) == 0xFE ? 0 : 1;
+    for (size_t i = 2; i + 1 < bytes.size(); i += 2)
+      text += static_cast<wchar_t>(byte(i + high) << 8 | byte(i + 1 - high));
     return text;
   }
-  for (size_t i = 0; i < bytes.size();) {
-    const unsigned char lead = byte(i);
-    const int extra = lead >= 0xF0 ? 3 : lead >= 0xE0 ? 2 : lead >= 0xC0 ? 1 : 0;
-    if (extra == 0 || i + extra >= bytes.size()) {
-      text += static_cast<wchar_t>(lead);
-      ++i;
-      continue;
-    }
-    unsigned int code = lead & (0x3F >> extra);
-    for (int k = 1; k <= extra; ++k) code = code << 6 | (byte(i + k) & 0x3F);
+  for (size_t i = 0; i < bytes.size(); ++i) {
+    int extra = byte(i) >= 0xF0 ? 3 : byte(i) >= 0xE0 ? 2 : byte(i) >= 0xC0 ? 1 : 0;
+    if (i + extra >= bytes.size()) extra = 0;
+    unsigned int code = extra == 0 ? byte(i) : byte(i) & (0x3F >> extra);
+    for (; extra > 0; --extra) code = code << 6 | (byte(++i) & 0x3F);
     text += static_cast<wchar_t>(code);
-    i += extra + 1;
   }
   return text;
 }

@@ -9,9 +9,8 @@ using namespace Xml;
 TEST(NodeTest, NullObjects) {
   EXPECT_EQ(&Node::null, &Element::null);
   EXPECT_EQ(&Element::null.GetParent(), &Element::null);
-  for (const Node* node :
-       {static_cast<const Node*>(&Attribute::null), static_cast<const Node*>(&Comment::null),
-        static_cast<const Node*>(&Pi::null), static_cast<const Node*>(&CData::null)}) {
+  for (const Node* node : std::initializer_list<const Node*>{&Attribute::null, &Comment::null,
+                                                             &Pi::null, &CData::null}) {
     EXPECT_EQ(&node->GetParent(), &Element::null);
     EXPECT_TRUE(IsNullObject(*node));
   }
@@ -90,7 +89,6 @@ TEST(NodeTest, ValuesNormaliseAndTrimByContainer) {
   Element& inner = root.AddElementInto(L"inner");
   inner.SetPreserveSpaces(true);
   inner.AddText(L"  b  ");
-  EXPECT_EQ(L"  b  ", inner.GetValue());
   EXPECT_EQ(L"a b", document.GetValue());
 
   Value(inner).Set(L"c");  // replaces every child

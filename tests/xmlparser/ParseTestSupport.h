@@ -4,10 +4,36 @@
 #include <gtest/gtest.h>
 
 #include <memory>
+#include <string>
 
 #include "xmlparser/Xml.h"
 
 namespace Xml::Testing {
+
+// A compact picture of a container's children: T"text", &name, #65, E<name>, C"text",
+// D"cdata", P<target>"data".
+inline TString Picture(const NodeContainer& container) {
+  TString out;
+  for (const Node* child : container) {
+    if (!out.empty()) out += L' ';
+    if (child->IsKindOf(NODE_TEXT)) {
+      out += L"T\"" + child->GetData() + L"\"";
+    } else if (auto* reference = dynamic_cast<const CharRef*>(child)) {
+      out += L"#" + std::to_wstring(reference->GetCode());
+    } else if (child->IsKindOf(NODE_REFERENCE)) {
+      out += L"&" + child->GetName();
+    } else if (child->IsKindOf(NODE_ELEMENT)) {
+      out += L"E<" + child->GetName() + L">";
+    } else if (child->IsKindOf(NODE_COMMENT)) {
+      out += L"C\"" + child->GetData() + L"\"";
+    } else if (child->IsKindOf(NODE_CDATA)) {
+      out += L"D\"" + child->GetData() + L"\"";
+    } else if (child->IsKindOf(NODE_PI)) {
+      out += L"P<" + child->GetName() + L">\"" + child->GetData() + L"\"";
+    }
+  }
+  return out;
+}
 
 inline std::unique_ptr<Document> ParseText(const TString& text) {
   Parser parser;

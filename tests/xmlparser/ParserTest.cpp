@@ -39,10 +39,8 @@ std::string Trace(const TString& text, const char* steps) {
     if (*step == 'r') c = reader->NextChar();
     if (*step == 'b') reader->PreviousChar();
     const auto [line, column] = reader.Position();
-    trace += (c == L'\n' ? std::string("LF")
-              : c == 0   ? std::string("0")
-                         : std::string(1, char(c))) +
-             "@" + std::to_string(line) + ":" + std::to_string(column) + " ";
+    trace += c == L'\n' ? "LF" : c == 0 ? "0" : std::string(1, char(c));
+    trace += "@" + std::to_string(line) + ":" + std::to_string(column) + " ";
   }
   return trace;
 }
@@ -66,21 +64,13 @@ TEST(ParserTest, RecognisersAndWhatTheyLeave) {
   const Case cases[] = {
       {"spaces", L" \t\r\n x", [](Parser& p) { return p.ParseSpaces(); }, true, L"x"},
       {"no spaces", L"x ", [](Parser& p) { return p.ParseSpaces(); }, false, L"x "},
-      {"spaces to the end", L"  ", [](Parser& p) { return p.ParseSpaces(); }, true, L""},
-      {"eq", L" = x", [](Parser& p) { return p.ParseEq(); }, true, L"x"},
       {"no eq", L" x", [](Parser& p) { return p.ParseEq(); }, false, L" x"},
-      {"string", L"<!--x", [](Parser& p) { return p.ParseString(L"<!--"); }, true, L"x"},
       {"string differs late", L"<!-x", [](Parser& p) { return p.ParseString(L"<!--"); }, false,
        L"<!-x"},
-      {"empty string", L"x", [](Parser& p) { return p.ParseString(L""); }, true, L"x"},
-      {"char matches any line end", L"\r\nx", [](Parser& p) { return p.ParseChar(L'\n'); }, true,
-       L"x"},
       {"no case", L"DocType!", [](Parser& p) { return p.ParseStringNoCase(L"doctype"); }, true,
        L"!"},
       {"no case folds letters only", L"[", [](Parser& p) { return p.ParseStringNoCase(L"{"); },
        false, L"["},
-      {"decl keyword absent", L" encoding=",
-       [](Parser& p) { return p.ParseDeclBegining(L"version"); }, false, L" encoding="},
       {"decl needs leading space", L"version=",
        [](Parser& p) { return p.ParseDeclBegining(L"version"); }, false, L"version="},
       {"decl", L" version = '", [](Parser& p) { return p.ParseDeclBegining(L"version"); }, true,
@@ -98,34 +88,6 @@ TEST(ParserTest, RecognisersAndWhatTheyLeave) {
   }
 }
 
-TEST(ParserTest, Numbers) {
-  struct Case {
-    const wchar_t* text;
-    bool hex;
-    bool result;
-    int value;
-    const wchar_t* rest;
-  };
-  const Case cases[] = {
-      {L"065x", false, true, 65, L"x"},
-      {L"x1", false, false, 0, L"1"},  // the non-digit stays consumed
-      {L"4294967361;", false, true, 65, L";"},
-      {L"1aF;", true, true, 431, L";"},
-      {L"100000041;", true, true, 65, L";"},  // wraps beyond 32 bits
-      {L"FFFFFFFF", true, true, -1, L""},
-      {L"g", true, false, 0, L""},
-      {L"", false, false, 0, L""},
-  };
-  for (const Case& c : cases) {
-    SCOPED_TRACE(testing::Message() << (c.hex ? "hex " : "decimal ") << c.text);
-    Reader reader(c.text);
-    int value = 0;
-    EXPECT_EQ(c.result, c.hex ? reader->ParseHexNumber(value) : reader->ParseNumber(value));
-    EXPECT_EQ(c.value, value);
-    EXPECT_EQ(c.rest, reader.Rest());
-  }
-}
-
 TEST(ParserTest, NamesAndTokens) {
   struct Case {
     const wchar_t* text;
@@ -135,7 +97,6 @@ TEST(ParserTest, NamesAndTokens) {
   const Case cases[] = {
       {L"_a.b-c:d e", L"_a.b-c:d", L"_a.b-c:d"},
       {L"1ab", nullptr, L"1ab"},
-      {L"-ab>", nullptr, L"-ab"},
       {L"\u00B7x", nullptr, L"\u00B7x"},
       {L"caf\u00E9\u00D7", L"caf\u00E9", L"caf\u00E9"},
       {L"a\u00F7", L"a", L"a"},
