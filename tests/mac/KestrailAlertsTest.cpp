@@ -4,18 +4,9 @@
 
 #include "mac/Kestrail.h"
 #include "platform/EventLoop.h"
-#include "tests/ovlib/ScriptedAlerts.h"
 #include "tests/ovlib/ps_filter_framework/SettingsHome.h"
 
 namespace {
-
-// An alert's buttons as (label, item) pairs, in item order.
-std::vector<std::pair<std::string, int>> Buttons(const AlertDescription& alert) {
-  std::vector<std::pair<std::string, int>> buttons;
-  for (const AlertDescription::Button& button : alert.m_vecButtons)
-    buttons.emplace_back(button.m_strLabel, button.m_nItem);
-  return buttons;
-}
 
 class KestrailAlertsTest : public SettingsHomeTest {};
 
@@ -26,8 +17,7 @@ TEST_F(KestrailAlertsTest, DisplayAlertIsACautionWithOneButton) {
   EXPECT_EQ(kAlertCautionAlert, alert.m_nKind);
   EXPECT_EQ("Something happened.", alert.m_strMessage);
   EXPECT_EQ("", alert.m_strExplanation);
-  EXPECT_EQ((std::vector<std::pair<std::string, int>>{{"OK", kAlertStdAlertOKButton}}),
-            Buttons(alert));
+  EXPECT_EQ((AlertButtons{{"OK", kAlertStdAlertOKButton}}), Buttons(0));
   EXPECT_EQ(kAlertStdAlertOKButton, alert.m_nDefaultItem);
 }
 
@@ -56,9 +46,9 @@ TEST_F(KestrailAlertsTest, ReplaceQuestionKeepsTheFileOnReturn) {
     const AlertDescription& alert = m_alerts.m_vecAlerts[0];
     EXPECT_EQ(kAlertCautionAlert, alert.m_nKind);
     EXPECT_EQ(c.message, alert.m_strMessage);
-    EXPECT_EQ((std::vector<std::pair<std::string, int>>{{c.keep, kAlertStdAlertOKButton},
-                                                        {c.replace, kAlertStdAlertCancelButton}}),
-              Buttons(alert));
+    EXPECT_EQ(
+        (AlertButtons{{c.keep, kAlertStdAlertOKButton}, {c.replace, kAlertStdAlertCancelButton}}),
+        Buttons(0));
     EXPECT_EQ(kAlertStdAlertOKButton, alert.m_nDefaultItem);
     EXPECT_EQ(kAlertStdAlertCancelButton, alert.m_nCancelItem);
   }

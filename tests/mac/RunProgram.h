@@ -5,14 +5,13 @@
 
 #include <fcntl.h>
 #include <spawn.h>
-#include <stdlib.h>
 #include <sys/wait.h>
 
-#include <filesystem>
-#include <fstream>
 #include <map>
 #include <string>
 #include <vector>
+
+#include "tests/TempFolder.h"
 
 extern char** environ;
 
@@ -37,11 +36,11 @@ inline ProgramRun RunProgram(const std::string& program, const std::vector<std::
   argv.push_back(nullptr);
 
   // The standard streams go through files, so that no pipe can fill up and stall either side.
-  std::string folder = std::filesystem::temp_directory_path() / "kestrail-run-XXXXXX";
+  TempFolder streams;
   ProgramRun run;
-  if (mkdtemp(folder.data()) == nullptr) return run;
-  const std::string in = folder + "/in", out = folder + "/out", err = folder + "/err";
-  std::ofstream(in, std::ios::binary) << input;
+  if (streams.Path().empty()) return run;
+  streams.Write("in", input);
+  const std::string in = streams.Path("in"), out = streams.Path("out"), err = streams.Path("err");
   posix_spawn_file_actions_t actions;
   posix_spawn_file_actions_init(&actions);
   posix_spawn_file_actions_addopen(&actions, 0, in.c_str(), O_RDONLY, 0);
@@ -52,14 +51,9 @@ inline ProgramRun RunProgram(const std::string& program, const std::vector<std::
   if (posix_spawn(&child, program.c_str(), &actions, nullptr, argv.data(), envp.data()) == 0 &&
       waitpid(child, &status, 0) == child) {
     run.status = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
-    auto contents = [](const std::string& path) {
-      std::ifstream file(path, std::ios::binary);
-      return std::string(std::istreambuf_iterator<char>(file), {});
-    };
-    run.out = contents(out);
-    run.err = contents(err);
+    run.out = streams.Contents("out");
+    run.err = streams.Contents("err");
   }
   posix_spawn_file_actions_destroy(&actions);
-  std::filesystem::remove_all(folder);
   return run;
 }
