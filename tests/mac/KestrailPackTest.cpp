@@ -9,8 +9,9 @@ namespace {
 class KestrailPackTest : public SettingsHomeTest {
  protected:
   ProgramRun Pack(std::vector<std::string> arguments) {
-    return RunProgram(KESTRAIL_PACK, arguments, "", {{"KESTRAIL_UI", "text"}});
+    return RunProgram(KESTRAIL_PACK, arguments);
   }
+  ScopedVariable m_ui{"KESTRAIL_UI", "text"};
 };
 
 // What goes into a package, and that it unpacks, is the library's round trip; here, where it goes.

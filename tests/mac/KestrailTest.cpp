@@ -23,8 +23,11 @@ class KestrailTest : public SettingsHomeTest {
   ProgramRun Open(const std::vector<std::string>& files, const std::string& answers = "") {
     std::vector<std::string> paths;
     for (const std::string& file : files) paths.push_back(m_temp.Path(file));
-    return RunProgram(KESTRAIL, paths, answers, {{"KESTRAIL_UI", "text"}, {"LC_ALL", "C"}});
+    return RunProgram(KESTRAIL, paths, answers);
   }
+
+  // Dialogs on the terminal, in English whatever the machine's language.
+  ScopedVariable m_ui{"KESTRAIL_UI", "text"}, m_language{"LC_ALL", "C"};
 };
 
 TEST_F(KestrailTest, Outcomes) {
@@ -110,12 +113,10 @@ TEST_F(KestrailTest, OldStylePackageInstallsUnderItsSettingName) {
 }
 
 TEST_F(KestrailTest, GlimmerboxFolder) {
-  const std::string xml = "<setting set=\"Glimmerbox\" filter=\"Sparkwash\" name=\"Glow\"/>";
-  const std::string package =
-      "<oldstyle_setting filter=\"Sparkwash\" name=\"Old Glow\" set=\"Glimmerbox\">"
-      "<![CDATA[Sparkwash 1]]></oldstyle_setting>";
-  m_temp.Write("in/Glow.xml", xml);
-  m_temp.Write("in/Glow.f1s", package);
+  m_temp.Write("in/Glow.xml", "<setting set=\"Glimmerbox\" filter=\"Sparkwash\" name=\"Glow\"/>");
+  m_temp.Write("in/Glow.f1s",
+               "<oldstyle_setting filter=\"Sparkwash\" name=\"Old Glow\" set=\"Glimmerbox\">"
+               "<![CDATA[Sparkwash 1]]></oldstyle_setting>");
   const std::string chosen = m_temp.Path("Glimmerbox") + "\n";
   struct Case {
     const char* label;
@@ -149,8 +150,8 @@ TEST_F(KestrailTest, GlimmerboxFolder) {
 // says why, and the questions come on the terminal.
 TEST_F(KestrailTest, UnreachableDisplayFallsBackToTheTerminal) {
   m_temp.Write("in/Wash.xml", kDaubery);
-  ProgramRun run = RunProgram(KESTRAIL, {m_temp.Path("in/Wash.xml")}, "",
-                              {{"KESTRAIL_UI", ""}, {"DISPLAY", ":4093"}, {"WAYLAND_DISPLAY", ""}});
+  ScopedVariable ui("KESTRAIL_UI", ""), display("DISPLAY", ":4093"), wayland("WAYLAND_DISPLAY", "");
+  ProgramRun run = Open({"in/Wash.xml"});
   EXPECT_EQ(0, run.status);
   EXPECT_NE(std::string::npos, run.err.find("kestrail: no dialog windows (")) << run.err;
   EXPECT_NE(std::string::npos, run.out.find(kInstalled)) << run.out;

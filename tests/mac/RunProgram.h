@@ -1,13 +1,11 @@
-// RunProgram.h: runs one of the project's programs as a user would, with arguments, an
-// environment added to the test's own, and text on standard input; returns what it printed
-// and how it ended.
+// RunProgram.h: runs one of the project's programs as a user would, with arguments, the test's
+// own environment and text on standard input; returns what it printed and how it ended.
 #pragma once
 
 #include <fcntl.h>
 #include <spawn.h>
 #include <sys/wait.h>
 
-#include <map>
 #include <string>
 #include <vector>
 
@@ -21,18 +19,9 @@ struct ProgramRun {
 };
 
 inline ProgramRun RunProgram(const std::string& program, const std::vector<std::string>& arguments,
-                             const std::string& input = "",
-                             const std::map<std::string, std::string>& environment = {}) {
-  std::vector<std::string> variables;
-  for (char** variable = environ; *variable != nullptr; ++variable) {
-    const std::string text = *variable;
-    if (environment.count(text.substr(0, text.find('='))) == 0) variables.push_back(text);
-  }
-  for (const auto& [name, value] : environment) variables.push_back(name + "=" + value);
-  std::vector<char*> envp, argv{const_cast<char*>(program.c_str())};
-  for (std::string& variable : variables) envp.push_back(variable.data());
+                             const std::string& input = "") {
+  std::vector<char*> argv{const_cast<char*>(program.c_str())};
   for (const std::string& argument : arguments) argv.push_back(const_cast<char*>(argument.c_str()));
-  envp.push_back(nullptr);
   argv.push_back(nullptr);
 
   // The standard streams go through files, so that no pipe can fill up and stall either side.
@@ -48,7 +37,7 @@ inline ProgramRun RunProgram(const std::string& program, const std::vector<std::
   posix_spawn_file_actions_addopen(&actions, 2, err.c_str(), O_WRONLY | O_CREAT, 0600);
   pid_t child;
   int status = 0;
-  if (posix_spawn(&child, program.c_str(), &actions, nullptr, argv.data(), envp.data()) == 0 &&
+  if (posix_spawn(&child, program.c_str(), &actions, nullptr, argv.data(), environ) == 0 &&
       waitpid(child, &status, 0) == child) {
     run.status = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
     run.out = streams.Contents("out");
