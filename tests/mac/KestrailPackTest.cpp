@@ -1,7 +1,6 @@
 // kestrail-pack, run as a user runs it.
 #include <gtest/gtest.h>
 
-#include "ovlib/ps_filter_framework/SettingsUtils.h"
 #include "tests/mac/RunProgram.h"
 #include "tests/ovlib/ps_filter_framework/SettingsHome.h"
 
@@ -10,22 +9,19 @@ namespace {
 class KestrailPackTest : public SettingsHomeTest {
  protected:
   ProgramRun Pack(std::vector<std::string> arguments) {
-    return RunProgram(KESTRAIL_PACK, arguments, "", {{"KESTRAIL_UI", "text"}});
+    return RunProgram(KESTRAIL_PACK, arguments);
   }
+  ScopedVariable m_ui{"KESTRAIL_UI", "text"};
 };
 
-TEST_F(KestrailPackTest, RoundTripsThroughTheUnpacker) {
-  const std::string old = "WindCombe\r\rstrength=0.4\r";
-  m_temp.Write("in/gentle", old);
+// What goes into a package, and that it unpacks, is the library's round trip; here, where it goes.
+TEST_F(KestrailPackTest, PackagesIntoTheChosenFolder) {
+  m_temp.Write("in/gentle", "WindCombe\r\rstrength=0.4\r");
   std::filesystem::create_directory(m_temp.Path("out"));
   ProgramRun run = Pack({"--into", m_temp.Path("out"), m_temp.Path("in/gentle")});
   EXPECT_EQ(0, run.status) << run.err;
   EXPECT_EQ(m_temp.Path("out/gentle.f1s") + "\n", run.out);
-
-  OVFileSystemReference package = Ref("out/gentle.f1s"), folder = Ref("out"), unpacked;
-  std::filesystem::remove(m_temp.Path("in/gentle"));
-  ASSERT_EQ(0, SettingsUtils::UnpackageOldSettingsFile(package, folder, unpacked));
-  EXPECT_EQ(old, m_temp.Contents("out/gentle"));
+  EXPECT_TRUE(std::filesystem::exists(m_temp.Path("out/gentle.f1s")));
 }
 
 TEST_F(KestrailPackTest, SaysWhyAFileWasNotPackaged) {

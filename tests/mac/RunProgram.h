@@ -1,18 +1,15 @@
-// RunProgram.h: runs one of the project's programs as a user would, with arguments, an
-// environment added to the test's own, and text on standard input; returns what it printed
-// and how it ended.
+// RunProgram.h: runs one of the project's programs as a user would, with arguments, the test's
+// own environment and text on standard input; returns what it printed and how it ended.
 #pragma once
 
 #include <fcntl.h>
 #include <spawn.h>
-#include <stdlib.h>
 #include <sys/wait.h>
 
-#include <filesystem>
-#include <fstream>
-#include <map>
 #include <string>
 #include <vector>
+
+#include "tests/TempFolder.h"
 
 extern char** environ;
 
@@ -22,26 +19,17 @@ struct ProgramRun {
 };
 
 inline ProgramRun RunProgram(const std::string& program, const std::vector<std::string>& arguments,
-                             const std::string& input = "",
-                             const std::map<std::string, std::string>& environment = {}) {
-  std::vector<std::string> variables;
-  for (char** variable = environ; *variable != nullptr; ++variable) {
-    const std::string text = *variable;
-    if (environment.count(text.substr(0, text.find('='))) == 0) variables.push_back(text);
-  }
-  for (const auto& [name, value] : environment) variables.push_back(name + "=" + value);
-  std::vector<char*> envp, argv{const_cast<char*>(program.c_str())};
-  for (std::string& variable : variables) envp.push_back(variable.data());
+                             const std::string& input = "") {
+  std::vector<char*> argv{const_cast<char*>(program.c_str())};
   for (const std::string& argument : arguments) argv.push_back(const_cast<char*>(argument.c_str()));
-  envp.push_back(nullptr);
   argv.push_back(nullptr);
 
   // The standard streams go through files, so that no pipe can fill up and stall either side.
-  std::string folder = std::filesystem::temp_directory_path() / "kestrail-run-XXXXXX";
+  TempFolder streams;
   ProgramRun run;
-  if (mkdtemp(folder.data()) == nullptr) return run;
-  const std::string in = folder + "/in", out = folder + "/out", err = folder + "/err";
-  std::ofstream(in, std::ios::binary) << input;
+  if (streams.Path().empty()) return run;
+  streams.Write("in", input);
+  const std::string in = streams.Path("in"), out = streams.Path("out"), err = streams.Path("err");
   posix_spawn_file_actions_t actions;
   posix_spawn_file_actions_init(&actions);
   posix_spawn_file_actions_addopen(&actions, 0, in.c_str(), O_RDONLY, 0);
@@ -49,17 +37,12 @@ inline ProgramRun RunProgram(const std::string& program, const std::vector<std::
   posix_spawn_file_actions_addopen(&actions, 2, err.c_str(), O_WRONLY | O_CREAT, 0600);
   pid_t child;
   int status = 0;
-  if (posix_spawn(&child, program.c_str(), &actions, nullptr, argv.data(), envp.data()) == 0 &&
+  if (posix_spawn(&child, program.c_str(), &actions, nullptr, argv.data(), environ) == 0 &&
       waitpid(child, &status, 0) == child) {
     run.status = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
-    auto contents = [](const std::string& path) {
-      std::ifstream file(path, std::ios::binary);
-      return std::string(std::istreambuf_iterator<char>(file), {});
-    };
-    run.out = contents(out);
-    run.err = contents(err);
+    run.out = streams.Contents("out");
+    run.err = streams.Contents("err");
   }
   posix_spawn_file_actions_destroy(&actions);
-  std::filesystem::remove_all(folder);
   return run;
 }

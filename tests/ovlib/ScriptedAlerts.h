@@ -5,8 +5,13 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "platform/DialogBackend.h"
+
+// An alert's buttons as (label, item) pairs, in item order.
+using AlertButtons = std::vector<std::pair<std::string, int>>;
 
 class ScriptedAlertsTest : public testing::Test {
  protected:
@@ -16,6 +21,13 @@ class ScriptedAlertsTest : public testing::Test {
       if (alert.m_strExplanation.find("(function '" + function + "')") != std::string::npos)
         return true;
     return false;
+  }
+  // The buttons of the `index`th alert shown.
+  AlertButtons Buttons(std::size_t index) const {
+    AlertButtons buttons;
+    for (const AlertDescription::Button& button : m_alerts.m_vecAlerts.at(index).m_vecButtons)
+      buttons.emplace_back(button.m_strLabel, button.m_nItem);
+    return buttons;
   }
 
   ScriptedDialogBackend m_alerts;

@@ -4,7 +4,6 @@
 #pragma once
 
 #include <filesystem>
-#include <set>
 #include <string>
 
 #include "ovlib/general_framework/OVFileSystemReferenceMac.h"
@@ -38,15 +37,6 @@ class SettingsHomeTest : public ScriptedAlertsTest {
     char path[2048];
     if (FSRefMakePath(ref, reinterpret_cast<UInt8*>(path), sizeof path) != noErr) return "";
     return std::string(path).substr(m_temp.Path().size() + 1);
-  }
-  // Every file and folder below the temporary folder, as sorted relative paths.
-  std::string Listing() const {
-    std::set<std::string> entries;
-    for (const auto& entry : std::filesystem::recursive_directory_iterator(m_temp.Path()))
-      entries.insert(entry.path().string().substr(m_temp.Path().size() + 1));
-    std::string listing;
-    for (const std::string& entry : entries) listing += entry + "\n";
-    return listing;
   }
 
   TempFolder m_temp;

@@ -19,15 +19,7 @@ namespace fs = std::filesystem;
 
 using Bytes = std::vector<unsigned char>;
 
-class OVAssertFailedTest : public ScriptedAlertsTest {
- protected:
-  std::vector<std::string> Labels(std::size_t alert) const {
-    std::vector<std::string> labels;
-    for (const AlertDescription::Button& button : m_alerts.m_vecAlerts.at(alert).m_vecButtons)
-      labels.push_back(button.m_strLabel);
-    return labels;
-  }
-};
+class OVAssertFailedTest : public ScriptedAlertsTest {};
 
 TEST_F(OVAssertFailedTest, ReportNamesTheCheckAndAsksForAReport) {
   OV_AssertFailed("mac/Kestrail", 42, "DisplayAlert");
@@ -40,7 +32,7 @@ TEST_F(OVAssertFailedTest, ReportNamesTheCheckAndAsksForAReport) {
       alert.m_strMessage);
   EXPECT_EQ("Failure at line 42 in file mac/Kestrail (function 'DisplayAlert')",
             alert.m_strExplanation);
-  EXPECT_EQ((std::vector<std::string>{"Continue", "Debug", "More Options"}), Labels(0));
+  EXPECT_EQ((AlertButtons{{"Continue", 1}, {"Debug", 2}, {"More Options", 3}}), Buttons(0));
   EXPECT_EQ(kAlertStdAlertOKButton, alert.m_nDefaultItem);
 }
 
@@ -62,7 +54,7 @@ TEST_F(OVAssertFailedTest, ButtonsLeadOnOrToTheSecondAlert) {
     OV_AssertFailed("f", 1, "g");
     EXPECT_EQ(c.alerts, m_alerts.m_vecAlerts.size());
   }
-  EXPECT_EQ((std::vector<std::string>{"Continue", "Ignore", "Kill"}), Labels(1));
+  EXPECT_EQ((AlertButtons{{"Continue", 1}, {"Ignore", 2}, {"Kill", 3}}), Buttons(1));
 }
 
 // Ignore and Kill change the whole process, so they run in a child process of their own: after
@@ -97,10 +89,13 @@ TEST_F(WholeFileTest, ReadThenWriteElsewhereIsByteIdentical) {
   ASSERT_EQ(0, m_folder.MakeSubobjectReference(L"original", original));
   Bytes buffer;
   ASSERT_EQ(0, ReadDiskFileIntoBuffer(original, buffer));
-  EXPECT_EQ(contents.size(), buffer.size());
   ASSERT_EQ(0, WriteBufferToDiskFile(m_folder, L"copy", buffer, false, copy));
   EXPECT_EQ(contents, m_temp.Contents("copy"));
   EXPECT_TRUE(copy.Exists());
+  // Reading through a reference that names nothing is a bug of the caller's.
+  OVFileSystemReference nothing;
+  EXPECT_EQ(-1, ReadDiskFileIntoBuffer(nothing, buffer));
+  EXPECT_TRUE(Reported("ReadDiskFileIntoBuffer"));
 }
 
 TEST_F(WholeFileTest, WriteOntoAnExistingName) {
@@ -114,13 +109,6 @@ TEST_F(WholeFileTest, WriteOntoAnExistingName) {
   EXPECT_EQ(-1, WriteBufferToDiskFile(m_folder, L"../setting", bytes, true, file));
   EXPECT_EQ(-1, WriteBufferToDiskFile(m_folder, L"", bytes, true, file));
   EXPECT_EQ(1, std::distance(fs::directory_iterator(m_temp.Path()), fs::directory_iterator()));
-}
-
-TEST_F(WholeFileTest, ReadingNothingIsReportedAndFails) {
-  OVFileSystemReference nothing;
-  Bytes buffer;
-  EXPECT_EQ(-1, ReadDiskFileIntoBuffer(nothing, buffer));
-  EXPECT_TRUE(Reported("ReadDiskFileIntoBuffer"));
 }
 
 TEST_F(WholeFileTest, FopenByNameCreatesAMissingFile) {
@@ -137,7 +125,6 @@ TEST_F(WholeFileTest, FopenByNameCreatesAMissingFile) {
 TEST(PlatformStringTest, OneUnitPerCharacterBothWays) {
   const TString wide = {L'a', 0x1F600, 0xE9};
   EXPECT_EQ((std::vector<UniChar>{'a', 0xF600, 0xE9}), CreateUniCharVectorFromTString(wide));
-  EXPECT_EQ(255u, CreateUniCharVectorFromWString(TString(255, 0x10041)).size());
   // Strings made from units and from bytes are read by different paths.
   CFStringRef fromUnits = CreateCFStringRefFromTString(TString{0xD83D, 0xDE00});
   CFStringRef fromBytes =
