@@ -16,6 +16,7 @@
 #include <unordered_map>
 #include <vector>
 
+#include "platform/DiskBackend.h"
 #include "platform/PosixFiles.h"
 #include "platform/Unicode.h"
 
@@ -83,6 +84,17 @@ std::string JoinPath(const std::string& folder, const std::string& component) {
   return folder == "/" ? "/" + component : folder + "/" + component;
 }
 
+// The time of the last change to the object's data, in the File Manager's form.
+UTCDateTime ModificationDate(const ObjectOnDisk& object) {
+  const SInt64 kSecondsFrom1904To1970 = 2082844800;
+  const UInt64 seconds = static_cast<UInt64>(object.m_nModifiedSeconds + kSecondsFrom1904To1970);
+  UTCDateTime date;
+  date.highSeconds = static_cast<UInt16>(seconds >> 32);
+  date.lowSeconds = static_cast<UInt32>(seconds);
+  date.fraction = static_cast<UInt16>((UInt64{object.m_nModifiedNanoseconds} << 16) / 1000000000);
+  return date;
+}
+
 // The object of a reference given as a folder: dirNFErr when it is gone or is no folder.
 OSErr ResolveFolder(const FSRef* ref, ObjectOnDisk& folder) {
   const OSErr err = ResolveReference(ref, folder);
@@ -91,7 +103,8 @@ OSErr ResolveFolder(const FSRef* ref, ObjectOnDisk& folder) {
 }
 
 // The path of `name` inside `folder`, after refusing names that are empty, longer than 255
-// units, not valid UTF-16, hold '/' or NUL, or are "." or "..": bdNamErr.
+// units, not valid UTF-16, hold '/' or NUL, are "." or "..", or have the form of a temporary
+// file's: bdNamErr.
 OSErr ChildPath(const ObjectOnDisk& folder, UniCharCount nameLength, const UniChar* name,
                 std::string& path) {
   if (nameLength == 0 || nameLength > 255) return bdNamErr;
@@ -100,7 +113,7 @@ OSErr ChildPath(const ObjectOnDisk& folder, UniCharCount nameLength, const UniCh
     if (name[i] == 0 || name[i] == '/') return bdNamErr;
   std::string component;
   if (!EncodeUtf8(name, nameLength, component)) return bdNamErr;
-  if (component == "." || component == "..") return bdNamErr;
+  if (component == "." || component == ".." || IsTemporaryName(component)) return bdNamErr;
   path = JoinPath(folder.m_strPath, component);
   return noErr;
 }
@@ -178,20 +191,26 @@ int WriteFinderInfo(const std::string& path, bool folder, FSCatalogInfoBitmap wh
   return errno == ENOTSUP || errno == EOPNOTSUPP ? 0 : errno;
 }
 
-// What the two create calls share: checking the arguments, making the object with `make`, giving
-// it its Finder information and handing out its reference. An object that cannot be finished is
-// removed again.
-template <typename Make>
-OSErr CreateObject(const FSRef* parentRef, UniCharCount nameLength, const UniChar* name,
-                   FSCatalogInfoBitmap whichInfo, const FSCatalogInfo* catalogInfo, FSRef* newRef,
-                   FSSpec* newSpec, bool folder, ObjectOnDisk& created, Make make) {
+// The catalog information that the create calls can set: Finder information only.
+bool CanSetOnCreation(FSCatalogInfoBitmap whichInfo, const FSCatalogInfo* catalogInfo) {
   const FSCatalogInfoBitmap finder = kFSCatInfoFinderInfo | kFSCatInfoFinderXInfo;
-  if ((whichInfo & ~finder) != 0 || (whichInfo != 0 && catalogInfo == nullptr) ||
-      newSpec != nullptr)
-    return paramErr;
-  std::string path;
-  const OSErr err = PathInFolder(parentRef, nameLength, name, path);
-  if (err != noErr) return err;
+  return (whichInfo & ~finder) == 0 && (whichInfo == 0 || catalogInfo != nullptr);
+}
+
+// Where the create calls make `name` in `parentRef`, once their arguments are checked.
+OSErr CreationPath(const FSRef* parentRef, UniCharCount nameLength, const UniChar* name,
+                   FSCatalogInfoBitmap whichInfo, const FSCatalogInfo* catalogInfo, FSSpec* newSpec,
+                   std::string& path) {
+  if (!CanSetOnCreation(whichInfo, catalogInfo) || newSpec != nullptr) return paramErr;
+  return PathInFolder(parentRef, nameLength, name, path);
+}
+
+// What the create calls share: making the object at `path` with `make`, giving it its Finder
+// information and handing out its reference. An object that cannot be finished is removed again.
+template <typename Make>
+OSErr CreateObject(const std::string& path, FSCatalogInfoBitmap whichInfo,
+                   const FSCatalogInfo* catalogInfo, FSRef* newRef, bool folder,
+                   ObjectOnDisk& created, Make make) {
   if (!make(path)) return MacErrorFromErrno(errno);
   int error = whichInfo != 0 ? WriteFinderInfo(path, folder, whichInfo, *catalogInfo) : 0;
   if (error == 0) error = LookAtPath(path, created);
@@ -206,15 +225,30 @@ OSErr CreateObject(const FSRef* parentRef, UniCharCount nameLength, const UniCha
   return noErr;
 }
 
-// rename(2) that never replaces: dupFNErr when `to` exists.
-OSErr RenameWithoutReplacing(const std::string& from, const std::string& to) {
-  if (renameat2(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), RENAME_NOREPLACE) == 0) return noErr;
-  if (errno != EINVAL) return MacErrorFromErrno(errno);
-  // Some file systems cannot promise no replacement; check first there, with a small window in
-  // which another process could slip a file in.
-  struct stat existing;
-  if (lstat(to.c_str(), &existing) == 0) return dupFNErr;
-  return rename(from.c_str(), to.c_str()) == 0 ? noErr : MacErrorFromErrno(errno);
+bool CreateFile(const std::string& path) {
+  const int fd = open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0666);
+  return fd >= 0 && close(fd) == 0;
+}
+
+// Makes the names in `folder` durable. A failure is not passed on: it comes after the change,
+// which stands and cannot be taken back, and a crash then leaves the folder as it was before the
+// change or after it, never in between.
+void FlushFolder(const std::string& folder) {
+  const int fd = open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+  if (fd < 0) return;
+  ActiveDiskBackend().Flush(fd);
+  close(fd);
+}
+
+// Gives the object at `from` the path `to` in one step, over an object there only with `replace`
+// (dupFNErr otherwise), and flushes the folders involved.
+OSErr RenameAndFlush(const std::string& from, const std::string& to, bool replace) {
+  const int error = ActiveDiskBackend().Rename(from.c_str(), to.c_str(), replace);
+  if (error != 0) return MacErrorFromErrno(error);
+  if (IsTemporaryName(LastComponent(from))) ForgetTemporaryFile(from);
+  FlushFolder(ParentPath(to));
+  if (ParentPath(from) != ParentPath(to)) FlushFolder(ParentPath(from));
+  return noErr;
 }
 
 // Looks again at a renamed or moved object and hands out its new reference.
@@ -224,6 +258,17 @@ OSErr ReferToPath(const std::string& path, FSRef* newRef) {
   if (error != 0) return MacErrorFromErrno(error);
   if (newRef != nullptr) MakeReference(object, newRef);
   return noErr;
+}
+
+// Moves `object` to `path`, which must lie on the file system `device` (diffVolErr otherwise),
+// over an object there only with `replace`, and hands out its new reference.
+OSErr MoveObjectTo(const ObjectOnDisk& object, UInt64 device, const std::string& path, bool replace,
+                   FSRef* newRef) {
+  if (object.m_strPath == "/") return paramErr;
+  if (object.m_nDevice != device) return diffVolErr;
+  const OSErr err =
+      path != object.m_strPath ? RenameAndFlush(object.m_strPath, path, replace) : noErr;
+  return err != noErr ? err : ReferToPath(path, newRef);
 }
 
 }  // namespace
@@ -280,6 +325,10 @@ int LookAtPath(const std::string& path, ObjectOnDisk& object) {
   object.m_nBirthSeconds = object.m_bHasBirthTime ? status.stx_btime.tv_sec : 0;
   object.m_nBirthNanoseconds = object.m_bHasBirthTime ? status.stx_btime.tv_nsec : 0;
   object.m_bIsDirectory = S_ISDIR(status.stx_mode);
+  object.m_nSize = status.stx_size;
+  object.m_nAllocated = status.stx_blocks * 512;
+  object.m_nModifiedSeconds = status.stx_mtime.tv_sec;
+  object.m_nModifiedNanoseconds = status.stx_mtime.tv_nsec;
   return 0;
 }
 
@@ -376,8 +425,13 @@ OSErr FSGetCatalogInfo(const FSRef* ref, FSCatalogInfoBitmap whichInfo, FSCatalo
       const UInt32 inode = static_cast<UInt32>(object.m_nInode);
       catalogInfo->nodeID = root ? UInt32(fsRtDirID) : inode < 16 ? inode + 16 : inode;
     }
+    if (whichInfo & kFSCatInfoContentMod) catalogInfo->contentModDate = ModificationDate(object);
     if (whichInfo & (kFSCatInfoFinderInfo | kFSCatInfoFinderXInfo))
       ReadFinderInfo(object, *catalogInfo);
+    if (whichInfo & kFSCatInfoDataSizes) {
+      catalogInfo->dataLogicalSize = object.m_bIsDirectory ? 0 : object.m_nSize;
+      catalogInfo->dataPhysicalSize = object.m_bIsDirectory ? 0 : object.m_nAllocated;
+    }
   }
   return noErr;
 }
@@ -394,27 +448,44 @@ OSErr FSCompareFSRefs(const FSRef* ref1, const FSRef* ref2) {
 OSErr FSCreateFileUnicode(const FSRef* parentRef, UniCharCount nameLength, const UniChar* name,
                           FSCatalogInfoBitmap whichInfo, const FSCatalogInfo* catalogInfo,
                           FSRef* newRef, FSSpec* newSpec) {
+  std::string path;
+  const OSErr err =
+      CreationPath(parentRef, nameLength, name, whichInfo, catalogInfo, newSpec, path);
+  if (err != noErr) return err;
   ObjectOnDisk created;
-  return CreateObject(parentRef, nameLength, name, whichInfo, catalogInfo, newRef, newSpec, false,
-                      created, [](const std::string& path) {
-                        const int fd =
-                            open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC,
-                                 0666);
-                        return fd >= 0 && close(fd) == 0;
-                      });
+  return CreateObject(path, whichInfo, catalogInfo, newRef, false, created, CreateFile);
 }
 
 OSErr FSCreateDirectoryUnicode(const FSRef* parentRef, UniCharCount nameLength, const UniChar* name,
                                FSCatalogInfoBitmap whichInfo, const FSCatalogInfo* catalogInfo,
                                FSRef* newRef, FSSpec* newSpec, UInt32* newDirID) {
+  std::string path;
+  OSErr err = CreationPath(parentRef, nameLength, name, whichInfo, catalogInfo, newSpec, path);
+  if (err != noErr) return err;
   ObjectOnDisk created;
-  const OSErr err =
-      CreateObject(parentRef, nameLength, name, whichInfo, catalogInfo, newRef, newSpec, true,
-                   created, [](const std::string& path) { return mkdir(path.c_str(), 0777) == 0; });
+  err = CreateObject(path, whichInfo, catalogInfo, newRef, true, created,
+                     [](const std::string& path) { return mkdir(path.c_str(), 0777) == 0; });
   if (err == noErr && newDirID != nullptr) {
     const UInt32 inode = static_cast<UInt32>(created.m_nInode);
     *newDirID = inode < 16 ? inode + 16 : inode;
   }
+  return err;
+}
+
+OSErr FSCreateTemporaryFile(const FSRef* parentRef, FSCatalogInfoBitmap whichInfo,
+                            const FSCatalogInfo* catalogInfo, FSRef* newRef) {
+  if (!CanSetOnCreation(whichInfo, catalogInfo)) return paramErr;
+  ObjectOnDisk folder;
+  OSErr err = ResolveFolder(parentRef, folder);
+  if (err != noErr) return err;
+  RemoveStaleTemporaryFiles(folder.m_strPath);
+  // The name is marked before the file exists, so that no moment passes in which a signal would
+  // leave the file behind.
+  const std::string path = JoinPath(folder.m_strPath, NewTemporaryName());
+  if (!RememberTemporaryFile(path)) return tmfoErr;
+  ObjectOnDisk created;
+  err = CreateObject(path, whichInfo, catalogInfo, newRef, false, created, CreateFile);
+  if (err != noErr) ForgetTemporaryFile(path);
   return err;
 }
 
@@ -424,8 +495,9 @@ OSErr FSDeleteObject(const FSRef* ref) {
   if (err != noErr) return err;
   const int result =
       object.m_bIsDirectory ? rmdir(object.m_strPath.c_str()) : unlink(object.m_strPath.c_str());
-  if (result == 0) return noErr;
-  return errno == EEXIST ? fBsyErr : MacErrorFromErrno(errno);
+  if (result != 0) return errno == EEXIST ? fBsyErr : MacErrorFromErrno(errno);
+  if (IsTemporaryName(LastComponent(object.m_strPath))) ForgetTemporaryFile(object.m_strPath);
+  return noErr;
 }
 
 OSErr FSRenameUnicode(const FSRef* ref, UniCharCount nameLength, const UniChar* name, TextEncoding,
@@ -438,9 +510,7 @@ OSErr FSRenameUnicode(const FSRef* ref, UniCharCount nameLength, const UniChar* 
   parent.m_strPath = ParentPath(object.m_strPath);
   std::string path;
   err = ChildPath(parent, nameLength, name, path);
-  if (err != noErr) return err;
-  if (path != object.m_strPath) err = RenameWithoutReplacing(object.m_strPath, path);
-  return err != noErr ? err : ReferToPath(path, newRef);
+  return err != noErr ? err : MoveObjectTo(object, object.m_nDevice, path, false, newRef);
 }
 
 OSErr FSMoveObject(const FSRef* ref, const FSRef* destDirectory, FSRef* newRef) {
@@ -448,9 +518,22 @@ OSErr FSMoveObject(const FSRef* ref, const FSRef* destDirectory, FSRef* newRef) 
   OSErr err = ResolveReference(ref, object);
   if (err == noErr) err = ResolveFolder(destDirectory, destination);
   if (err != noErr) return err;
-  if (object.m_strPath == "/") return paramErr;
-  if (object.m_nDevice != destination.m_nDevice) return diffVolErr;
   const std::string path = JoinPath(destination.m_strPath, LastComponent(object.m_strPath));
-  if (path != object.m_strPath) err = RenameWithoutReplacing(object.m_strPath, path);
-  return err != noErr ? err : ReferToPath(path, newRef);
+  return MoveObjectTo(object, destination.m_nDevice, path, false, newRef);
+}
+
+OSStatus FSReplaceObject(const FSRef* originalObject, const FSRef* replacementObject,
+                         CFStringRef newName, CFStringRef temporaryName,
+                         const FSRef* temporaryDirectory, OptionBits flags, FSRef* resultObject) {
+  if (newName != nullptr || temporaryName != nullptr || temporaryDirectory != nullptr ||
+      (flags & ~kFSReplaceObjectReplaceMetadata) != 0)
+    return paramErr;
+  ObjectOnDisk original, replacement;
+  OSErr err = ResolveReference(originalObject, original);
+  if (err == noErr) err = ResolveReference(replacementObject, replacement);
+  if (err != noErr) return err;
+  // One object under two names: a rename between them would change nothing.
+  if (original.m_nDevice == replacement.m_nDevice && original.m_nInode == replacement.m_nInode)
+    return paramErr;
+  return MoveObjectTo(replacement, original.m_nDevice, original.m_strPath, true, resultObject);
 }

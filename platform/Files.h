@@ -1,6 +1,7 @@
 // Files.h: the File Manager and Folder Manager calls of the library: references to existing files
-// and folders, catalog information, creating, renaming, moving and deleting objects, data forks,
-// and the user's Application Support folder. Every call returns a status code of MacTypes.h.
+// and folders, catalog information, creating, renaming, replacing, moving and deleting objects,
+// data forks, and the user's Application Support folder. Every call returns a status code of
+// MacTypes.h.
 //
 // A reference names one existing object by its file system identity, so two references compare
 // equal however their object was reached. It stays valid while that object stays where it was
@@ -9,6 +10,7 @@
 // never reach outside the folder it is given to.
 #pragma once
 
+#include "platform/CoreFoundation.h"
 #include "platform/MacTypes.h"
 
 // 80 opaque bytes; all zero names nothing.
@@ -31,8 +33,17 @@ enum : FSCatalogInfoBitmap {
   kFSCatInfoNodeFlags = 0x0002,
   kFSCatInfoVolume = 0x0004,
   kFSCatInfoNodeID = 0x0010,
+  kFSCatInfoContentMod = 0x0040,
   kFSCatInfoFinderInfo = 0x0800,
   kFSCatInfoFinderXInfo = 0x1000,
+  kFSCatInfoDataSizes = 0x4000,
+};
+
+// A moment: seconds since 1904-01-01 UTC in 48 bits, and 1/65536ths of a second.
+struct UTCDateTime {
+  UInt16 highSeconds;
+  UInt32 lowSeconds;
+  UInt16 fraction;
 };
 
 enum : UInt16 { kFSNodeIsDirectoryMask = 0x0010 };
@@ -45,8 +56,11 @@ struct FSCatalogInfo {
   UInt16 nodeFlags;
   FSVolumeRefNum volume;  // one number per mounted file system
   UInt32 nodeID;          // fsRtDirID for "/"; otherwise derived from the inode number
+  UTCDateTime contentModDate;  // when the data fork was last written
   UInt8 finderInfo[16];
   UInt8 extFinderInfo[16];
+  UInt64 dataLogicalSize;   // the data fork's length in bytes
+  UInt64 dataPhysicalSize;  // the space it takes on disk
 };
 
 struct FileInfo {
@@ -92,7 +106,8 @@ OSErr FSRefMakePath(const FSRef* ref, UInt8* path, UInt32 maxPathSize);
 OSErr FSMakeFSRefUnicode(const FSRef* parentRef, UniCharCount nameLength, const UniChar* name,
                          TextEncoding textEncodingHint, FSRef* newRef);
 
-// Reads the fields of `whichInfo` (kFSCatInfoNodeFlags, Volume, NodeID, FinderInfo, FinderXInfo)
+// Reads the fields of `whichInfo` (kFSCatInfoNodeFlags, Volume, NodeID, ContentMod, FinderInfo,
+// FinderXInfo, DataSizes)
 // into `catalogInfo`, the object's name into `outName` and its folder into `parentRef`; each of
 // them may be null. The root folder's name is empty and its parent a reference of zeros. Finder
 // information that the file system does not keep reads as zeros. `fsSpec` must be null.
@@ -114,16 +129,43 @@ OSErr FSCreateDirectoryUnicode(const FSRef* parentRef, UniCharCount nameLength, 
                                FSCatalogInfoBitmap whichInfo, const FSCatalogInfo* catalogInfo,
                                FSRef* newRef, FSSpec* newSpec, UInt32* newDirID);
 
+// Creates an empty file in `parentRef` under a hidden name of its own, ".kestrail-unfinished-"
+// then the process and a random part, for data that is to replace an object there
+// (FSReplaceObject) or take a free name (FSRenameUnicode) once it is whole. No other call accepts
+// a name of that form, so such a file never passes for anything else. Until it is renamed or
+// deleted, the process removes it if SIGHUP, SIGINT or SIGTERM ends it; such files in the folder
+// older than ten minutes, left by a process that was killed outright, are removed first. Finder
+// information as for FSCreateFileUnicode. The stand-in's own call: the real system keeps such
+// files in a temporary folder of the volume.
+OSErr FSCreateTemporaryFile(const FSRef* parentRef, FSCatalogInfoBitmap whichInfo,
+                            const FSCatalogInfo* catalogInfo, FSRef* newRef);
+
 // Deletes a file, a link or an empty folder (fBsyErr when it is not empty).
 OSErr FSDeleteObject(const FSRef* ref);
 
-// Renames the object where it is; dupFNErr when the name is taken. `newRef` may be null.
+// Renames the object where it is; dupFNErr when the name is taken, even by an object that appears
+// while the call runs. `newRef` may be null. The new name is durable when the call returns.
 OSErr FSRenameUnicode(const FSRef* ref, UniCharCount nameLength, const UniChar* name,
                       TextEncoding textEncodingHint, FSRef* newRef);
 
 // Moves the object, keeping its name, into `destDirectory` on the same file system (diffVolErr
 // otherwise); dupFNErr when the name is taken there. `newRef` may be null.
 OSErr FSMoveObject(const FSRef* ref, const FSRef* destDirectory, FSRef* newRef);
+
+enum : OptionBits {
+  kFSReplaceObjectDefaultOptions = 0,
+  kFSReplaceObjectReplaceMetadata = 0x01,  // the replacement keeps its own type, creator and dates
+};
+
+// Puts `replacementObject` in the place of `originalObject` in one step, under the original's
+// name, and puts the result in `resultObject` (which may be null); readers of the folder see the
+// original or the replacement, never neither. Both must lie on one file system (diffVolErr). The
+// replacement keeps its own metadata whatever `flags` say; `newName`, `temporaryName` and
+// `temporaryDirectory` must be null (no backups). fnfErr when either object is gone. The change
+// is durable when the call returns.
+OSStatus FSReplaceObject(const FSRef* originalObject, const FSRef* replacementObject,
+                         CFStringRef newName, CFStringRef temporaryName,
+                         const FSRef* temporaryDirectory, OptionBits flags, FSRef* resultObject);
 
 // Forks. Only the data fork exists; its name is empty. A fork number stays valid until
 // FSCloseFork.
@@ -147,6 +189,22 @@ OSErr FSCloseFork(SInt16 forkRefNum);
 OSErr FSGetForkSize(SInt16 forkRefNum, SInt64* forkSize);
 OSErr FSSetForkSize(SInt16 forkRefNum, UInt16 positionMode, SInt64 positionOffset);
 OSErr FSSetForkPosition(SInt16 forkRefNum, UInt16 positionMode, SInt64 positionOffset);
+
+typedef UInt16 FSAllocationFlags;
+enum : FSAllocationFlags {
+  kFSAllocDefaultFlags = 0x0000,
+  kFSAllocAllOrNothingMask = 0x0001,  // the stand-in always reserves all or nothing
+};
+
+// Reserves disk space for `requestCount` bytes from the position given, without changing the
+// fork's length, so that writing them cannot run out of room; dskFulErr when they do not fit.
+// Where the file system cannot reserve space, noErr with an `actualCount` of 0. `actualCount` may
+// be null.
+OSErr FSAllocateFork(SInt16 forkRefNum, FSAllocationFlags flags, UInt16 positionMode,
+                     SInt64 positionOffset, UInt64 requestCount, UInt64* actualCount);
+
+// Makes everything written to the fork durable.
+OSErr FSFlushFork(SInt16 forkRefNum);
 
 // Reads or writes `requestCount` bytes at the position that `positionMode` and `positionOffset`
 // give; the fork's mark then follows the last byte. A read that meets the end of the fork

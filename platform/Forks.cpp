@@ -6,8 +6,10 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstdint>
 #include <vector>
 
+#include "platform/DiskBackend.h"
 #include "platform/PosixFiles.h"
 
 namespace {
@@ -23,6 +25,31 @@ int DescriptorOf(SInt16 forkRefNum) {
   const std::vector<int>& forks = OpenForks();
   if (forkRefNum < 1 || static_cast<std::size_t>(forkRefNum) > forks.size()) return -1;
   return forks[forkRefNum - 1];
+}
+
+// The offset that a File Manager position mode and offset name in the open file `fd`.
+OSErr PositionOf(int fd, UInt16 positionMode, SInt64 offset, SInt64& position) {
+  switch (positionMode & ~noCacheMask) {
+    case fsFromStart:
+      position = offset;
+      break;
+    case fsFromLEOF: {
+      struct stat status;
+      if (fstat(fd, &status) != 0) return MacErrorFromErrno(errno);
+      position = status.st_size + offset;
+      break;
+    }
+    case fsAtMark:
+    case fsFromMark: {
+      const off_t mark = lseek(fd, 0, SEEK_CUR);
+      if (mark < 0) return MacErrorFromErrno(errno);
+      position = mark + ((positionMode & ~noCacheMask) == fsFromMark ? offset : 0);
+      break;
+    }
+    default:
+      return paramErr;
+  }
+  return position < 0 ? posErr : noErr;
 }
 
 // Moves the fork's mark as a File Manager position mode says.
@@ -47,8 +74,8 @@ OSErr Seek(int fd, UInt16 positionMode, SInt64 offset) {
   return errno == EINVAL ? posErr : MacErrorFromErrno(errno);
 }
 
-// Reads or writes with `step` until `count` bytes are done; a step that moves nothing ends the
-// transfer with `stalled` (the end of the fork, for reads).
+// Reads or writes with `step` (a DiskBackend member) until `count` bytes are done; a step that
+// moves nothing ends the transfer with `stalled` (the end of the fork, for reads).
 template <typename Bytes, typename Step>
 OSErr Transfer(SInt16 forkRefNum, UInt16 positionMode, SInt64 positionOffset, ByteCount count,
                Bytes* buffer, ByteCount* actualCount, OSErr stalled, Step step) {
@@ -59,11 +86,13 @@ OSErr Transfer(SInt16 forkRefNum, UInt16 positionMode, SInt64 positionOffset, By
   OSErr err = Seek(fd, positionMode, positionOffset);
   if (err != noErr) return err;
   ByteCount done = 0;
+  DiskBackend& disk = ActiveDiskBackend();
   while (done < count) {
-    const ssize_t moved = step(fd, buffer + done, count - done);
-    if (moved < 0 && errno == EINTR) continue;
-    if (moved <= 0) {
-      err = moved == 0 ? stalled : MacErrorFromErrno(errno);
+    std::size_t moved = 0;
+    const int error = (disk.*step)(fd, buffer + done, count - done, moved);
+    if (error == EINTR) continue;
+    if (error != 0 || moved == 0) {
+      err = error != 0 ? MacErrorFromErrno(error) : stalled;
       break;
     }
     done += static_cast<ByteCount>(moved);
@@ -145,28 +174,33 @@ OSErr FSSetForkSize(SInt16 forkRefNum, UInt16 positionMode, SInt64 positionOffse
   const int fd = DescriptorOf(forkRefNum);
   if (fd < 0) return rfNumErr;
   SInt64 size;
-  switch (positionMode & ~noCacheMask) {
-    case fsFromStart:
-      size = positionOffset;
-      break;
-    case fsFromLEOF: {
-      struct stat status;
-      if (fstat(fd, &status) != 0) return MacErrorFromErrno(errno);
-      size = status.st_size + positionOffset;
-      break;
-    }
-    case fsAtMark:
-    case fsFromMark: {
-      const off_t mark = lseek(fd, 0, SEEK_CUR);
-      if (mark < 0) return MacErrorFromErrno(errno);
-      size = mark + ((positionMode & ~noCacheMask) == fsFromMark ? positionOffset : 0);
-      break;
-    }
-    default:
-      return paramErr;
-  }
-  if (size < 0) return posErr;
+  const OSErr err = PositionOf(fd, positionMode, positionOffset, size);
+  if (err != noErr) return err;
   return ftruncate(fd, size) == 0 ? noErr : MacErrorFromErrno(errno);
+}
+
+OSErr FSAllocateFork(SInt16 forkRefNum, FSAllocationFlags, UInt16 positionMode,
+                     SInt64 positionOffset, UInt64 requestCount, UInt64* actualCount) {
+  if (actualCount != nullptr) *actualCount = 0;
+  const int fd = DescriptorOf(forkRefNum);
+  if (fd < 0) return rfNumErr;
+  SInt64 start;
+  const OSErr err = PositionOf(fd, positionMode, positionOffset, start);
+  if (err != noErr) return err;
+  if (requestCount > static_cast<UInt64>(INT64_MAX - start)) return dskFulErr;
+  const int error = ActiveDiskBackend().Reserve(fd, start, static_cast<std::int64_t>(requestCount));
+  // Without reservations the writes themselves tell whether the data fits.
+  if (error == EOPNOTSUPP) return noErr;
+  if (error != 0) return MacErrorFromErrno(error);
+  if (actualCount != nullptr) *actualCount = requestCount;
+  return noErr;
+}
+
+OSErr FSFlushFork(SInt16 forkRefNum) {
+  const int fd = DescriptorOf(forkRefNum);
+  if (fd < 0) return rfNumErr;
+  const int error = ActiveDiskBackend().Flush(fd);
+  return error == 0 ? noErr : MacErrorFromErrno(error);
 }
 
 OSErr FSSetForkPosition(SInt16 forkRefNum, UInt16 positionMode, SInt64 positionOffset) {
@@ -178,11 +212,11 @@ OSErr FSSetForkPosition(SInt16 forkRefNum, UInt16 positionMode, SInt64 positionO
 OSErr FSReadFork(SInt16 forkRefNum, UInt16 positionMode, SInt64 positionOffset,
                  ByteCount requestCount, void* buffer, ByteCount* actualCount) {
   return Transfer(forkRefNum, positionMode, positionOffset, requestCount,
-                  static_cast<char*>(buffer), actualCount, eofErr, read);
+                  static_cast<char*>(buffer), actualCount, eofErr, &DiskBackend::Read);
 }
 
 OSErr FSWriteFork(SInt16 forkRefNum, UInt16 positionMode, SInt64 positionOffset,
                   ByteCount requestCount, const void* buffer, ByteCount* actualCount) {
   return Transfer(forkRefNum, positionMode, positionOffset, requestCount,
-                  static_cast<const char*>(buffer), actualCount, ioErr, write);
+                  static_cast<const char*>(buffer), actualCount, ioErr, &DiskBackend::Write);
 }

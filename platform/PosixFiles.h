@@ -16,6 +16,10 @@ struct ObjectOnDisk {
   UInt32 m_nBirthNanoseconds = 0;  // object apart from a deleted one whose inode it reuses
   bool m_bHasBirthTime = false;
   bool m_bIsDirectory = false;
+  UInt64 m_nSize = 0;
+  UInt64 m_nAllocated = 0;  // bytes of disk space
+  SInt64 m_nModifiedSeconds = 0;
+  UInt32 m_nModifiedNanoseconds = 0;
 };
 
 // One of the user's base folders as the desktop defines them: the absolute path in `variable`
@@ -35,3 +39,21 @@ void MakeReference(const ObjectOnDisk& object, FSRef* ref);
 // The object that `ref` names, checked against the disk: nsvErr for a reference that names
 // nothing, fnfErr when its object is gone or replaced.
 OSErr ResolveReference(const FSRef* ref, ObjectOnDisk& object);
+
+// Temporary files (TemporaryFiles.cpp), the ones FSCreateTemporaryFile makes.
+
+// Whether a name has the form of a temporary file's; no name of that form is given to users.
+bool IsTemporaryName(const std::string& component);
+
+// A fresh name of that form, unique to this process and call.
+std::string NewTemporaryName();
+
+// Removes the temporary files in `folder` that have not changed for ten minutes.
+void RemoveStaleTemporaryFiles(const std::string& folder);
+
+// Marks the temporary file `path` (made or about to be made) for removal if SIGHUP, SIGINT or
+// SIGTERM ends the process; false when too many are marked already.
+bool RememberTemporaryFile(const std::string& path);
+
+// Drops the mark once the file is renamed or deleted; a path never marked is ignored.
+void ForgetTemporaryFile(const std::string& path);

@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 #include <sys/xattr.h>
 
+#include <chrono>
 #include <cstring>
 #include <filesystem>
 #include <set>
@@ -59,6 +60,7 @@ TEST_F(FilesTest, BadNamesAreRefusedAndNothingLeavesTheFolder) {
       {"256 units", std::u16string(256, u'n')},
       {"lone high surrogate", u"a\xD800"},
       {"lone low surrogate", u"\xDC00z"},
+      {"a temporary file's", u".kestrail-unfinished-1-1-0"},
   };
   FSRef existing;
   ASSERT_EQ(noErr, CreateFile(m_inner, u"existing", &existing));
@@ -141,6 +143,24 @@ TEST_F(FilesTest, CreatedFileCarriesFinderInfoOnDisk) {
       0)
     GTEST_SKIP() << "no extended attributes on this file system";
   EXPECT_EQ(0, std::memcmp(raw, "TEXT    ", 8));
+}
+
+// A temporary file that a killed process left behind goes once it has not changed for ten
+// minutes; a newer one may still have a writer.
+TEST_F(FilesTest, StaleTemporaryFilesGo) {
+  const auto now = fs::file_time_type::clock::now();
+  for (auto [name, age] : {std::pair{"stale", 11}, {"fresh", 9}}) {
+    const std::string path = m_temp.Path("inner/.kestrail-unfinished-") + name;
+    m_temp.Write(path.substr(m_temp.Path().size() + 1), "x");
+    fs::last_write_time(path, now - std::chrono::minutes(age));
+  }
+  FSRef temporary;
+  ASSERT_EQ(noErr, FSCreateTemporaryFile(&m_inner, kFSCatInfoNone, nullptr, &temporary));
+  ASSERT_EQ(noErr, FSDeleteObject(&temporary));
+  std::set<std::string> names;
+  for (const auto& entry : fs::directory_iterator(m_temp.Path("inner")))
+    names.insert(entry.path().filename());
+  EXPECT_EQ(std::set<std::string>{".kestrail-unfinished-fresh"}, names);
 }
 
 }  // namespace
