@@ -24,7 +24,60 @@ bool ReadKind(const FSRef* ref, const char* operation, unsigned int line, Boolea
   return false;
 }
 
+// The catalog information of every file the library makes: type 'TEXT', creator four spaces.
+FSCatalogInfo TextFileInfo() {
+  FSCatalogInfo catalogInfo;
+  std::memset(&catalogInfo, 0, sizeof catalogInfo);
+  FileInfo finderInfo = {};
+  finderInfo.fileType = MakeFourCharCode("TEXT");
+  finderInfo.fileCreator = MakeFourCharCode("    ");
+  std::memcpy(catalogInfo.finderInfo, &finderInfo, sizeof finderInfo);
+  return catalogInfo;
+}
+
+// Writes the data fork of `file` with `fill`, if any, and makes it durable.
+OSErr FillAndFlush(const FSRef* file, const std::function<OSErr(SInt16 fork)>& fill) {
+  HFSUniStr255 dataForkName;
+  SInt16 fork;
+  OSErr err = FSGetDataForkName(&dataForkName);
+  if (err == noErr)
+    err = FSOpenFork(file, dataForkName.length, dataForkName.unicode, fsWrPerm, &fork);
+  if (err != noErr) return err;
+  if (fill) err = fill(fork);
+  if (err == noErr) err = FSFlushFork(fork);
+  const OSErr closeErr = FSCloseFork(fork);
+  return err != noErr ? err : closeErr;
+}
+
+// Gives the finished file `temporary` the name `name` in `folder`: while the name is free, or
+// with `replace` in place of the object that holds it. Another process may take or free the name
+// between the look and the step that acts on it; that step then fails, and the next try looks
+// again.
+OSErr TakeName(const FSRef* folder, UniCharCount nameLength, const UniChar* name, Boolean replace,
+               const FSRef* temporary, FSRef* newFile) {
+  OSErr err = noErr;
+  for (int attempt = 0; attempt < 3; ++attempt) {
+    FSRef existing;
+    err = FSMakeFSRefUnicode(folder, nameLength, name, kTextEncodingUnicodeDefault, &existing);
+    if (err == fnfErr) {
+      err = FSRenameUnicode(temporary, nameLength, name, kTextEncodingUnicodeDefault, newFile);
+    } else if (err == noErr) {
+      err = replace ? FSReplaceObject(&existing, temporary, nullptr, nullptr, nullptr,
+                                      kFSReplaceObjectReplaceMetadata, newFile)
+                    : dupFNErr;
+    }
+    if (!replace || (err != dupFNErr && err != fnfErr)) return err;
+  }
+  return err;
+}
+
 }  // namespace
+
+bool operator==(const OVFileVersion& a, const OVFileVersion& b) {
+  return a.m_nLength == b.m_nLength && a.m_modified.highSeconds == b.m_modified.highSeconds &&
+         a.m_modified.lowSeconds == b.m_modified.lowSeconds &&
+         a.m_modified.fraction == b.m_modified.fraction;
+}
 
 OVFileSystemReference::OVFileSystemReference() { std::memset(&m_fsRef, 0, sizeof m_fsRef); }
 
@@ -100,24 +153,33 @@ int OVFileSystemReference::GetName(TString& name) const {
   return 0;
 }
 
+int OVFileSystemReference::GetVersion(OVFileVersion& version) const {
+  FSCatalogInfo catalogInfo;
+  if (FSGetCatalogInfo(&m_fsRef, kFSCatInfoContentMod | kFSCatInfoDataSizes, &catalogInfo, nullptr,
+                       nullptr, nullptr) != noErr)
+    return -1;
+  version.m_nLength = catalogInfo.dataLogicalSize;
+  version.m_modified = catalogInfo.contentModDate;
+  return 0;
+}
+
 int OVFileSystemReference::Copy(const OVFileSystemReference& destinationFolder,
-                                OVFileSystemReference& newFile, bool overwrite) const {
+                                OVFileSystemReference& newFile, bool overwrite,
+                                const OVFileVersion* sourceVersion) const {
   HFSUniStr255 dataForkName;
   if (FSGetDataForkName(&dataForkName) != noErr) return -1;
   TString name;
   if (GetName(name) != 0) return -1;
+  // The source itself, reached again: its copy would take its place, and this reference would
+  // name nothing.
   OVFileSystemReference existing;
-  if (destinationFolder.MakeSubobjectReference(name, existing) == 0) {
-    // Without overwrite the existing object stays and the copy fails, as a write onto a taken
-    // name does: the caller learns that its file did not arrive.
-    if (!overwrite) return -1;
-    // The source itself, reached again: deleting it would lose the only copy.
-    if (FSCompareFSRefs(existing, *this) == noErr) return -1;
-    if (FSDeleteObject(existing) != noErr) return -1;
-  }
+  if (destinationFolder.MakeSubobjectReference(name, existing) == 0 &&
+      FSCompareFSRefs(existing, *this) == noErr)
+    return -1;
   const std::vector<UniChar> units = CreateUniCharVectorFromTString(name);
   const OSErr err = FSCreateTextFileUnicode(
-      destinationFolder, units.size(), units.data(), newFile, [&](SInt16 destinationFork) {
+      destinationFolder, units.size(), units.data(), overwrite, newFile,
+      [&](SInt16 destinationFork) {
         SInt16 sourceFork;
         OSErr copyErr =
             FSOpenFork(&m_fsRef, dataForkName.length, dataForkName.unicode, fsRdPerm, &sourceFork);
@@ -125,6 +187,11 @@ int OVFileSystemReference::Copy(const OVFileSystemReference& destinationFolder,
         char buffer[4096];
         copyErr = FSCopyFork(sourceFork, destinationFork, buffer, sizeof buffer);
         FSCloseFork(sourceFork);
+        // Data written to the source meanwhile may not be what the caller saw in it.
+        OVFileVersion now;
+        if (copyErr == noErr && sourceVersion != nullptr &&
+            (GetVersion(now) != 0 || now != *sourceVersion))
+          copyErr = ioErr;
         return copyErr;
       });
   return err == noErr ? 0 : -1;
@@ -163,10 +230,14 @@ OSErr FSGetParentRef(const FSRef* ref, FSRef* parentRef) {
 OSErr FSCopyFork(SInt16 srcRefNum, SInt16 dstRefNum, void* copyBufferPtr,
                  ByteCount copyBufferSize) {
   if (copyBufferPtr == nullptr || copyBufferSize == 0) return paramErr;
-  // Allocating the whole destination first means a full disk shows before any data is written.
+  // Reserving the whole destination first means a full disk shows before any data is written.
+  // Its length grows only with the data, so a copy cut short never passes for a whole one padded
+  // with zeros.
   SInt64 forkSize;
   OSErr err = FSGetForkSize(srcRefNum, &forkSize);
-  if (err == noErr) err = FSSetForkSize(dstRefNum, fsFromStart, forkSize);
+  if (err == noErr)
+    err = FSAllocateFork(dstRefNum, kFSAllocAllOrNothingMask, fsFromStart, 0,
+                         static_cast<UInt64>(forkSize), nullptr);
   if (err == noErr) err = FSSetForkPosition(srcRefNum, fsFromStart, 0);
   if (err == noErr) err = FSSetForkPosition(dstRefNum, fsFromStart, 0);
   if (err != noErr) return err;
@@ -179,7 +250,8 @@ OSErr FSCopyFork(SInt16 srcRefNum, SInt16 dstRefNum, void* copyBufferPtr,
     writeErr = FSWriteFork(dstRefNum, fsAtMark | noCacheMask, 0, readCount, copyBufferPtr, nullptr);
   } while (readErr == noErr && writeErr == noErr);
   if (writeErr != noErr) return writeErr;
-  return readErr == eofErr ? noErr : readErr;
+  if (readErr != eofErr) return readErr;
+  return FSSetForkSize(dstRefNum, fsAtMark, 0);
 }
 
 OSErr FSMoveRenameObjectUnicode(const FSRef* ref, const FSRef* destDirectory,
@@ -211,33 +283,19 @@ OSErr FSMoveRenameObjectUnicode(const FSRef* ref, const FSRef* destDirectory,
 }
 
 OSErr FSCreateTextFileUnicode(const FSRef* folder, UniCharCount nameLength, const UniChar* name,
-                              FSRef* newFile, const std::function<OSErr(SInt16 fork)>& fill) {
-  FSCatalogInfo catalogInfo;
-  std::memset(&catalogInfo, 0, sizeof catalogInfo);
-  FileInfo finderInfo = {};
-  finderInfo.fileType = MakeFourCharCode("TEXT");
-  finderInfo.fileCreator = MakeFourCharCode("    ");
-  std::memcpy(catalogInfo.finderInfo, &finderInfo, sizeof finderInfo);
-  FSRef created;
-  OSErr err = FSCreateFileUnicode(folder, nameLength, name, kFSCatInfoFinderInfo, &catalogInfo,
-                                  &created, nullptr);
+                              Boolean replace, FSRef* newFile,
+                              const std::function<OSErr(SInt16 fork)>& fill) {
+  // A name that is taken, or cannot be one, is known before anything is written.
+  FSRef existing;
+  OSErr err = FSMakeFSRefUnicode(folder, nameLength, name, kTextEncodingUnicodeDefault, &existing);
+  if (err == noErr && !replace) return dupFNErr;
+  if (err != noErr && err != fnfErr) return err;
+  const FSCatalogInfo catalogInfo = TextFileInfo();
+  FSRef temporary;
+  err = FSCreateTemporaryFile(folder, kFSCatInfoFinderInfo, &catalogInfo, &temporary);
   if (err != noErr) return err;
-  if (fill) {
-    HFSUniStr255 dataForkName;
-    SInt16 fork;
-    err = FSGetDataForkName(&dataForkName);
-    if (err == noErr)
-      err = FSOpenFork(&created, dataForkName.length, dataForkName.unicode, fsWrPerm, &fork);
-    if (err == noErr) {
-      err = fill(fork);
-      const OSErr closeErr = FSCloseFork(fork);
-      if (err == noErr) err = closeErr;
-    }
-    if (err != noErr) {
-      FSDeleteObject(&created);
-      return err;
-    }
-  }
-  if (newFile != nullptr) *newFile = created;
-  return noErr;
+  err = FillAndFlush(&temporary, fill);
+  if (err == noErr) err = TakeName(folder, nameLength, name, replace, &temporary, newFile);
+  if (err != noErr) FSDeleteObject(&temporary);
+  return err;
 }

@@ -9,6 +9,14 @@
 #include "platform/Files.h"
 #include "xmlparser/TString.h"
 
+// One state of a file's data: its length and the moment it was last written. Two equal versions
+// of one reference mean that nothing was written to the file in between.
+struct OVFileVersion {
+  UInt64 m_nLength = 0;
+  UTCDateTime m_modified = {};
+};
+bool operator==(const OVFileVersion& a, const OVFileVersion& b);
+
 class OVFileSystemReference {
  public:
   // Names nothing: all 80 bytes zero.
@@ -41,12 +49,16 @@ class OVFileSystemReference {
   int MakeSubobjectReference(const TString& name, OVFileSystemReference& child) const;
   // The object's own name.
   int GetName(TString& name) const;
+  // The present state of this file's data.
+  int GetVersion(OVFileVersion& version) const;
   // Copies this file's data into a new file of the same name in `destinationFolder`, typed
-  // 'TEXT' with creator four spaces, and puts it in `newFile`. An existing object of that name is
-  // deleted first with `overwrite`, and makes the copy fail (-1, nothing changed) without it. A
-  // copy that fails once its file exists removes that file again.
+  // 'TEXT' with creator four spaces, and puts it in `newFile`. The copy is made whole under a
+  // temporary name and then takes the name in one step: with `overwrite` it takes the place of an
+  // object of that name, without it the name must still be free then. A copy that fails leaves
+  // the folder as it was, an object of that name included. With `sourceVersion`, the copy also
+  // fails unless this file is still in that state once its data is copied.
   int Copy(const OVFileSystemReference& destinationFolder, OVFileSystemReference& newFile,
-           bool overwrite) const;
+           bool overwrite, const OVFileVersion* sourceVersion = nullptr) const;
 
  private:
   FSRef m_fsRef;
@@ -75,8 +87,9 @@ OSErr FSGetFinderInfo(const FSRef* ref, FinderInfo* info, ExtendedFinderInfo* ex
 // `parentRef`.
 OSErr FSGetParentRef(const FSRef* ref, FSRef* parentRef);
 
-// Copies the whole of one open fork into another, sizing the destination first. The buffer is
-// used in multiples of 4096 bytes when it holds at least that many. paramErr for no buffer.
+// Copies the whole of one open fork into another from their starts, reserving the space first; the
+// destination then ends where the copied data ends. The buffer is used in multiples of 4096 bytes
+// when it holds at least that many. paramErr for no buffer.
 OSErr FSCopyFork(SInt16 srcRefNum, SInt16 dstRefNum, void* copyBufferPtr, ByteCount copyBufferSize);
 
 // Moves `ref` into `destDirectory` under `name` and puts the moved object in `newRef` (which
@@ -87,9 +100,12 @@ OSErr FSMoveRenameObjectUnicode(const FSRef* ref, const FSRef* destDirectory,
                                 TextEncoding textEncodingHint, FSRef* newRef);
 
 // Creates the file `name` in `folder` typed 'TEXT' with creator four spaces, the marks of every
-// file the library makes, and puts it in `newFile`. A `fill` given gets the new file's data fork
-// open for writing; if it fails, or the fork does not close cleanly, the file is removed again
-// and `newFile` left alone: a partial file would pass for a whole one.
+// file the library makes, and puts it in `newFile` (which may be null). The file is made whole
+// under a temporary name first: `fill`, when given, writes its data fork, which is then flushed,
+// and only then does the file take its name, in one step, so that no reader ever finds it half
+// written. With `replace` it takes the place of an object of that name; without, the name must be
+// free (dupFNErr), also when another process takes it meanwhile. On any failure the temporary
+// file goes and an object of that name stays as it was.
 OSErr FSCreateTextFileUnicode(const FSRef* folder, UniCharCount nameLength, const UniChar* name,
-                              FSRef* newFile,
+                              Boolean replace, FSRef* newFile,
                               const std::function<OSErr(SInt16 fork)>& fill = nullptr);

@@ -85,6 +85,10 @@ int DescendCreating(OVFileSystemReference& folder, const TString& name) {
   if (status == fnfErr) {
     status = FSCreateDirectoryUnicode(folder, units.size(), units.data(), kFSCatInfoNone, nullptr,
                                       &child, nullptr, nullptr);
+    // Made by another process since the look, such as a second Kestrail installing a setting
+    // of the same filter: as good as one made here.
+    if (status == dupFNErr)
+      status = FSMakeFSRefUnicode(folder, units.size(), units.data(), kTextEncodingUnknown, &child);
   }
   if (status != noErr) return -1;
   folder = OVFileSystemReference(child);
@@ -216,7 +220,8 @@ int SettingsUtils::SetNameFromFilterName(const TString& filterName, TString& set
 
 int SettingsUtils::UnpackageOldSettingsFile(OVFileSystemReference& packageFile,
                                             OVFileSystemReference& destinationFolder,
-                                            OVFileSystemReference& unpackedFile) {
+                                            OVFileSystemReference& unpackedFile, bool overwrite,
+                                            const OVFileVersion* packageVersion) {
   if (!destinationFolder.IsFolder()) {
     OV_AssertFailed("ovlib/ps_filter_framework/SettingsUtils", 183, "UnpackageOldSettingsFile");
   }
@@ -224,12 +229,16 @@ int SettingsUtils::UnpackageOldSettingsFile(OVFileSystemReference& packageFile,
   boost::scoped_ptr<Xml::Document> document;
   if (const int status = ReadSettingsFile(packageFile, text, document)) return status;
   if (!document || document->GetRoot().GetName() != oldstyle_setting_qname) return -1;
+  // A package written since it was examined may carry another setting than the one shown.
+  OVFileVersion now;
+  if (packageVersion != nullptr && (packageFile.GetVersion(now) != 0 || now != *packageVersion))
+    return -1;
   const Xml::Element& root = document->GetRoot();
   const TString name = root.GetAttribute(name_qname.c_str()).GetValue();
   const TString payload = root.GetCData(0).GetData();
   // Each character carries one byte; characters beyond a byte keep their low 8 bits.
   std::vector<unsigned char> bytes(payload.begin(), payload.end());
-  return WriteBufferToDiskFile(destinationFolder, name, bytes, true, unpackedFile);
+  return WriteBufferToDiskFile(destinationFolder, name, bytes, overwrite, unpackedFile);
 }
 
 int SettingsUtils::PackageOldSettingsFile(const OVFileSystemReference& oldSettingsFile,

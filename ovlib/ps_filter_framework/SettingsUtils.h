@@ -8,6 +8,7 @@
 #include "xmlparser/TString.h"
 
 class OVFileSystemReference;
+struct OVFileVersion;
 
 // The settings vocabulary. Comparisons against these are exact and case-sensitive.
 extern const TString set_qname;               // "set": root attribute naming the product set
@@ -51,11 +52,15 @@ class SettingsUtils {
   static int SetNameFromFilterName(const TString& filterName, TString& setName);
 
   // Writes the legacy file that the package carries into `destinationFolder` under the package's
-  // setting name, replacing a file of that name, and puts it in `unpackedFile`. A failed read or
-  // decoding returns its status; a package that is not one, or a failed write, -1.
+  // setting name and puts it in `unpackedFile`. The file is written whole before it takes the
+  // name: with `overwrite` in place of an object of that name, without it only while the name is
+  // free; a failed unpacking leaves the folder as it was. With `packageVersion`, a package that is
+  // no longer in that state is not unpacked. A failed read or decoding returns its status; a
+  // package that is not one, or has changed, or a failed write, -1.
   static int UnpackageOldSettingsFile(OVFileSystemReference& packageFile,
                                       OVFileSystemReference& destinationFolder,
-                                      OVFileSystemReference& unpackedFile);
+                                      OVFileSystemReference& unpackedFile, bool overwrite = true,
+                                      const OVFileVersion* packageVersion = nullptr);
 
   // Packages the legacy file `oldSettingsFile` as "<its name>.f1s" in `destinationFolder`, never
   // replacing an existing file, and puts the package in `packageFile`. -1 when the filter is

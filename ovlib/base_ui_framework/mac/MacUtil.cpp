@@ -74,16 +74,14 @@ int WriteBufferToDiskFile(const OVFileSystemReference& folder, const TString& na
                           const std::vector<unsigned char>& buffer, bool overwrite,
                           OVFileSystemReference& newFile) {
   const std::vector<UniChar> units = CreateUniCharVectorFromWString(name);
-  FSRef existing;
-  if (FSMakeFSRefUnicode(folder, units.size(), units.data(), kTextEncodingUnicodeDefault,
-                         &existing) == noErr) {
-    if (!overwrite || FSDeleteObject(&existing) != noErr) return -1;
-  }
-  const OSErr err =
-      FSCreateTextFileUnicode(folder, units.size(), units.data(), newFile, [&buffer](SInt16 fork) {
+  const OSErr err = FSCreateTextFileUnicode(
+      folder, units.size(), units.data(), overwrite, newFile, [&buffer](SInt16 fork) {
+        OSErr writeErr =
+            FSAllocateFork(fork, kFSAllocAllOrNothingMask, fsFromStart, 0, buffer.size(), nullptr);
+        if (writeErr != noErr) return writeErr;
         const ByteCount size = static_cast<ByteCount>(buffer.size());
         ByteCount written = 0;
-        const OSErr writeErr = FSWriteFork(fork, fsAtMark, 0, size, buffer.data(), &written);
+        writeErr = FSWriteFork(fork, fsAtMark, 0, size, buffer.data(), &written);
         // A buffer of 4 GiB or more does not fit one request; writing part of it is a failure.
         return writeErr == noErr && (written != size || size != buffer.size()) ? ioErr : writeErr;
       });
@@ -104,7 +102,8 @@ FILE* FSRefParentAndFilename_fopen(const FSRef* folder, const HFSUniStr255* name
       FSMakeFSRefUnicode(folder, name->length, name->unicode, kTextEncodingUnicodeDefault, &file);
   if (err == noErr) return FSRef_fopen(&file, mode);
   if (err != fnfErr) return nullptr;
-  if (FSCreateTextFileUnicode(folder, name->length, name->unicode, &file) != noErr) return nullptr;
+  if (FSCreateTextFileUnicode(folder, name->length, name->unicode, false, &file) != noErr)
+    return nullptr;
   return FSRef_fopen(&file, mode);
 }
 

@@ -22,9 +22,9 @@ class OVFileSystemReference;
 int ReadDiskFileIntoBuffer(const OVFileSystemReference& file, std::vector<unsigned char>& buffer);
 
 // Creates the file `name` in `folder` holding exactly `buffer`, typed 'TEXT' with creator four
-// spaces, and puts it in `newFile`. An existing object of that name makes the write fail with
-// nothing changed, unless `overwrite` deletes it first. A write that fails once its file exists
-// removes that file again.
+// spaces, and puts it in `newFile`. The file is written whole under a temporary name and then
+// takes the name in one step: with `overwrite` it takes the place of an object of that name,
+// without it the name must be free. A write that fails leaves the folder as it was.
 int WriteBufferToDiskFile(const OVFileSystemReference& folder, const TString& name,
                           const std::vector<unsigned char>& buffer, bool overwrite,
                           OVFileSystemReference& newFile);

@@ -2,11 +2,15 @@
 
 #include <filesystem>
 #include <fstream>
+#include <functional>
+#include <set>
 #include <string>
 #include <vector>
 
 #include "ovlib/base_ui_framework/mac/MacUtil.h"
 #include "ovlib/general_framework/OVFileSystemReferenceMac.h"
+#include "ovlib/ps_filter_framework/SettingsUtils.h"
+#include "tests/FaultyDisk.h"
 #include "tests/TempFolder.h"
 #include "tests/ovlib/ScriptedAlerts.h"
 
@@ -110,9 +114,15 @@ TEST_F(OVFileSystemReferenceTest, CopyOntoAnExistingName) {
   EXPECT_FALSE(copy.Exists());
   EXPECT_EQ(0, source.Copy(destination, copy, true));
   EXPECT_EQ("new", m_temp.Contents("destination/setting"));
+  // A source written since the state its caller saw is not what the caller means to copy.
+  OVFileVersion seen;
+  ASSERT_EQ(0, source.GetVersion(seen));
+  m_temp.Write("setting", "newer");
+  EXPECT_EQ(-1, source.Copy(destination, copy, true, &seen));
+  EXPECT_EQ("new", m_temp.Contents("destination/setting"));
   // Into its own folder, the existing object is the source itself: it must survive.
   EXPECT_EQ(-1, source.Copy(m_rootRef, copy, true));
-  EXPECT_EQ("new", m_temp.Contents("setting"));
+  EXPECT_EQ("newer", m_temp.Contents("setting"));
 }
 
 TEST_F(OVFileSystemReferenceTest, FailedCopyLeavesNoFileBehind) {
@@ -120,6 +130,56 @@ TEST_F(OVFileSystemReferenceTest, FailedCopyLeavesNoFileBehind) {
   OVFileSystemReference folder = Folder("not-a-file"), copy;
   EXPECT_EQ(-1, folder.Copy(destination, copy, true));  // its data fork cannot be opened
   EXPECT_TRUE(fs::is_empty(m_temp.Path("destination")));
+}
+
+// Both ways a setting is installed over an older one, a copy and an unpacked package, with each
+// disk call they make failed in turn: the older setting survives byte for byte and nothing else
+// is left in the folder, unless the failure came after the new file took its name.
+TEST_F(OVFileSystemReferenceTest, InstallsThatFailLeaveTheFolderAsItWas) {
+  const std::string older = "the older setting", newer(3 * 4096 + 7, 'n');
+  OVFileSystemReference destination = Folder("destination");
+  OVFileSystemReference source = Write("setting", newer);
+  OVFileSystemReference package = Write(
+      "package", "<oldstyle_setting name=\"setting\"><![CDATA[" + newer + "]]></oldstyle_setting>");
+  struct Install {
+    const char* label;
+    std::function<int(OVFileSystemReference& installed)> run;
+  };
+  const Install installs[] = {
+      {"copy", [&](auto& installed) { return source.Copy(destination, installed, true); }},
+      {"unpacking",
+       [&](auto& installed) {
+         return SettingsUtils::UnpackageOldSettingsFile(package, destination, installed);
+       }},
+  };
+  int tried = 0;
+  for (const Install& install : installs) {
+    for (int call = 0; call < static_cast<int>(DiskCall::kCount); ++call) {
+      for (int nth = 1;; ++nth) {
+        SCOPED_TRACE(testing::Message() << install.label << ", call " << call << ", #" << nth);
+        m_temp.Write("destination/setting", older);
+        FaultyDisk disk(static_cast<DiskCall>(call), nth);
+        OVFileSystemReference installed;
+        int status;
+        {
+          ScopedDiskBackend faulty(disk);
+          status = install.run(installed);
+        }
+        if (!disk.Failed()) {
+          EXPECT_EQ(0, status);
+          break;
+        }
+        ++tried;
+        EXPECT_EQ(status == 0 ? newer : older, m_temp.Contents("destination/setting"));
+        std::set<std::string> names;
+        for (const auto& entry : fs::directory_iterator(m_temp.Path("destination")))
+          names.insert(entry.path().filename());
+        EXPECT_EQ(std::set<std::string>{"setting"}, names);
+      }
+    }
+  }
+  RecordProperty("FailurePointsTried", tried);
+  EXPECT_GE(tried, 10);
 }
 
 TEST_F(OVFileSystemReferenceTest, RenameKeepsTheReferenceOnTheFile) {
