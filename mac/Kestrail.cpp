@@ -34,8 +34,17 @@ TString TextOf(CFStringRef string) {
   return string != nullptr ? CreateTStringFromCFStringRef(string) : TString();
 }
 
+// Copies or unpacks the setting into `destination` as `installed`, over a setting of its name
+// only with `replace`; only the file in the state `examined` is installed.
+int WriteSetting(SettingFileRoutingInfo& info, OVFileSystemReference& destination, bool replace,
+                 const OVFileVersion& examined, OVFileSystemReference& installed) {
+  return info.isOldStyle ? SettingsUtils::UnpackageOldSettingsFile(info.sourceFile, destination,
+                                                                   installed, replace, &examined)
+                         : info.sourceFile.Copy(destination, installed, replace, &examined);
+}
+
 // The steps of the flow after the examination; each failure shows its alert and stops.
-void InstallSetting(SettingFileRoutingInfo& info) {
+void InstallSetting(SettingFileRoutingInfo& info, const OVFileVersion& examined) {
   OVFileSystemReference destination = info.destinationFolder;
   OVFileSystemReference glimmerboxFolder;
   if (info.needsGlimmerboxFolder) {
@@ -83,10 +92,14 @@ void InstallSetting(SettingFileRoutingInfo& info) {
   // A question that could not be asked does not stop the install.
   if (exists && ConfirmFileReplace(name) == 1) return;
 
+  // A name found free is taken only while it stays free: another Kestrail may install a setting
+  // of that name meanwhile, and replacing that one needs the question as much as any.
   OVFileSystemReference installed;
-  const int status = info.isOldStyle ? SettingsUtils::UnpackageOldSettingsFile(
-                                           info.sourceFile, destination, installed)
-                                     : info.sourceFile.Copy(destination, installed, true);
+  int status = WriteSetting(info, destination, exists, examined, installed);
+  if (status != 0 && !exists && destination.SubobjectExists(name, exists) == 0 && exists) {
+    if (ConfirmFileReplace(name) == 1) return;
+    status = WriteSetting(info, destination, true, examined, installed);
+  }
   if (status != 0) {
     ShowAlert(CFSTR("Failure"));
     return;
@@ -137,14 +150,18 @@ OSErr KestrailHandleOpenAppleEvent(const AppleEvent* event, AppleEvent*, long) {
 
 void ImportOneSetting(FSRef file) {
   SettingFileRoutingInfo info{OVFileSystemReference(file)};
+  // Taken before the examination reads the file, so that a file written after that, even while
+  // the replace question is open, is not installed in place of the one the user was shown.
+  OVFileVersion examined;
   try {
-    if (SettingsUtils::LocateFolderForSetting(info.sourceFile, info.destinationFolder,
+    if (info.sourceFile.GetVersion(examined) != 0 ||
+        SettingsUtils::LocateFolderForSetting(info.sourceFile, info.destinationFolder,
                                               info.settingName, info.setName, info.filterName,
                                               info.isOldStyle, info.needsGlimmerboxFolder) != 0) {
       ShowAlert(CFSTR("Error Examining Setting"));
       return;
     }
-    InstallSetting(info);
+    InstallSetting(info, examined);
   } catch (const std::bad_alloc&) {
     // A file too large to hold in memory is a setting that could not be installed, not a crash.
     ShowAlert(CFSTR("Failure"));
@@ -176,8 +193,8 @@ int ConfirmFileReplace(const TString& fileName) {
       CreateCFStringRefFromTString(TStringParamReplace(&questionTemplate, fileName.c_str()));
   if (message == nullptr) OV_AssertFailed(kSourceFile, __LINE__, "ConfirmFileReplace");
 
-  // Keeping the existing file is the default, so that Return never destroys anything; Escape
-  // picks the replace.
+  // Keeping the existing file is both the default and the cancel answer, so that neither Return
+  // nor Escape nor closing the window destroys anything: only the Replace button itself replaces.
   AlertStdCFStringAlertParamRec params;
   params.version = kStdCFStringAlertVersionOne;
   params.movable = false;
@@ -186,7 +203,7 @@ int ConfirmFileReplace(const TString& fileName) {
   params.cancelText = yes;
   params.otherText = nullptr;
   params.defaultButton = kAlertStdAlertOKButton;
-  params.cancelButton = kAlertStdAlertCancelButton;
+  params.cancelButton = kAlertStdAlertOKButton;
   params.position = kWindowDefaultPosition;
   params.flags = 0;
   DialogRef alert = nullptr;

@@ -36,8 +36,8 @@ void ImportOneSetting(FSRef file);
 // A caution alert with `message` and an OK button; the caller keeps `message`.
 void DisplayAlert(CFStringRef message);
 
-// Asks whether the installed setting `fileName` may be replaced: 1 for No (the default, on
-// Return), 0 for Yes, -1 when the question could not be asked.
+// Asks whether the installed setting `fileName` may be replaced: 1 for No (the default, also on
+// Escape and when the window is closed), 0 for Yes, -1 when the question could not be asked.
 int ConfirmFileReplace(const TString& fileName);
 
 // "The setting was installed at <path>" in the user's language, for the caller to release; null

@@ -1,14 +1,45 @@
-// The application's alerts and its open-documents handler, against a scripted dialog backend:
-// what each alert shows, which button is the default, and what each answer means.
+// The application's alerts, its open-documents handler and its import flow, against a scripted
+// dialog backend: what each alert shows, which button is the default, what each answer means,
+// and what the flow does when the disk, a signal or another process interferes.
 #include <gtest/gtest.h>
+#include <signal.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <set>
 
 #include "mac/Kestrail.h"
 #include "platform/EventLoop.h"
+#include "tests/FaultyDisk.h"
 #include "tests/ovlib/ps_filter_framework/SettingsHome.h"
 
 namespace {
 
-class KestrailAlertsTest : public SettingsHomeTest {};
+namespace fs = std::filesystem;
+
+const std::string kFolder = "home/data/Orvelle/Daubery/InkPuddle";
+const std::string kInstalled = kFolder + "/Wash.xml";
+const std::string kWash = "<setting set=\"Daubery\" filter=\"InkPuddle\" name=\"Wash\"/>";
+const std::string kWashPackage =
+    "<oldstyle_setting set=\"Daubery\" filter=\"InkPuddle\" name=\"Wash.xml\">"
+    "<![CDATA[InkPuddle\rdepth=2\r]]></oldstyle_setting>";
+const DialogItemIndex kKeep = kAlertStdAlertOKButton, kReplace = kAlertStdAlertCancelButton;
+
+class KestrailAlertsTest : public SettingsHomeTest {
+ protected:
+  // The names in the filter's folder.
+  std::set<std::string> Installed() const {
+    std::set<std::string> names;
+    for (const auto& entry : fs::directory_iterator(m_temp.Path(kFolder)))
+      names.insert(entry.path().filename());
+    return names;
+  }
+  void InstallOlder() const {
+    fs::create_directories(m_temp.Path(kFolder));
+    m_temp.Write(kInstalled, "the installed one");
+  }
+};
 
 TEST_F(KestrailAlertsTest, DisplayAlertIsACautionWithOneButton) {
   DisplayAlert(CFSTR("Something happened."));
@@ -35,7 +66,7 @@ TEST_F(KestrailAlertsTest, ReplaceQuestionKeepsTheFileOnReturn) {
                           {"Replace", kAlertStdAlertCancelButton}}),
             Buttons(0));
   EXPECT_EQ(kAlertStdAlertOKButton, alert.m_nDefaultItem);
-  EXPECT_EQ(kAlertStdAlertCancelButton, alert.m_nCancelItem);
+  EXPECT_EQ(kAlertStdAlertOKButton, alert.m_nCancelItem);  // Escape and closing keep it too
 }
 
 TEST_F(KestrailAlertsTest, HandlerImportsTheFirstFileOnly) {
@@ -71,6 +102,112 @@ TEST_F(KestrailAlertsTest, HandlerImportsTheFirstFileOnly) {
   }
   EXPECT_TRUE(std::filesystem::exists(m_temp.Path("home/data/Orvelle/Daubery/WetDaub/one.xml")));
   EXPECT_FALSE(std::filesystem::exists(m_temp.Path("home/data/Orvelle/Daubery/InkPuddle")));
+}
+
+// A Kestrail ended by a signal while it writes a setting leaves the one installed before as it
+// was, and no unfinished file.
+TEST_F(KestrailAlertsTest, ASignalInMidWriteKeepsTheInstalledSetting) {
+  const std::string large(64 * 1024, 'x');
+  m_temp.Write("in/Wash.xml", kWash + "<!--" + large + "-->");
+  m_temp.Write("in/Wash.f1s", kWashPackage);
+  for (const char* file : {"in/Wash.xml", "in/Wash.f1s"}) {
+    for (int signal : {SIGHUP, SIGINT, SIGTERM}) {
+      SCOPED_TRACE(testing::Message() << file << ", signal " << signal);
+      InstallOlder();
+      int writing[2];
+      ASSERT_EQ(0, pipe(writing));
+      const pid_t child = fork();
+      if (child == 0) {
+        // Says that the write has begun, then waits for the signal.
+        FaultyDisk disk;
+        disk.m_beforeWrite = [&writing] {
+          (void)!write(writing[1], "w", 1);
+          for (;;) pause();
+        };
+        ScopedDiskBackend held(disk);
+        m_alerts.m_queAnswers = {kReplace};
+        ImportOneSetting(*Ref(file));
+        _exit(0);
+      }
+      close(writing[1]);
+      char byte;
+      ASSERT_EQ(1, read(writing[0], &byte, 1));
+      close(writing[0]);
+      kill(child, signal);
+      int status = 0;
+      ASSERT_EQ(child, waitpid(child, &status, 0));
+      EXPECT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == signal) << status;
+      EXPECT_EQ("the installed one", m_temp.Contents(kInstalled));
+      EXPECT_EQ(std::set<std::string>{"Wash.xml"}, Installed());
+    }
+  }
+}
+
+// What is installed is what was examined: a source written while the question is open fails the
+// install, and the installed setting stays.
+TEST_F(KestrailAlertsTest, ASourceWrittenWhileTheQuestionIsOpenIsNotInstalled) {
+  struct Rewriter : ScriptedDialogBackend {
+    DialogItemIndex RunAlert(const AlertDescription& alert) override {
+      if (m_vecAlerts.empty()) m_rewrite();
+      return ScriptedDialogBackend::RunAlert(alert);
+    }
+    std::function<void()> m_rewrite;
+  };
+  struct Case {
+    const char* label;
+    std::string file, contents, rewritten;
+    bool inPlace;  // else a new file takes the old one's name
+  };
+  const std::string evil = "<setting set=\"Daubery\" filter=\"InkPuddle\" name=\"Evil\"/>";
+  const Case cases[] = {
+      {"rewritten in place, same length", "in/Wash.xml", kWash, evil, true},
+      {"replaced by another file", "in/Wash.xml", kWash, kWash, false},
+      {"package rewritten in place", "in/Wash.f1s", kWashPackage,
+       std::string(kWashPackage).replace(kWashPackage.find("depth=2"), 7, "depth=9"), true},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.label);
+    InstallOlder();
+    m_temp.Write(c.file, c.contents);
+    // Written long ago, so that the rewrite is seen even where clocks are coarse.
+    fs::last_write_time(m_temp.Path(c.file),
+                        fs::file_time_type::clock::now() - std::chrono::hours(1));
+    Rewriter rewriter;
+    rewriter.m_queAnswers = {kReplace};
+    rewriter.m_rewrite = [&] {
+      const std::string path = c.inPlace ? c.file : c.file + ".new";
+      m_temp.Write(path, c.rewritten);
+      if (!c.inPlace) fs::rename(m_temp.Path(path), m_temp.Path(c.file));
+    };
+    ScopedDialogBackend scripted(rewriter);
+    ImportOneSetting(*Ref(c.file));
+    ASSERT_EQ(2u, rewriter.m_vecAlerts.size());
+    EXPECT_EQ("The setting could not be installed.", rewriter.m_vecAlerts[1].m_strMessage);
+    EXPECT_EQ("the installed one", m_temp.Contents(kInstalled));
+  }
+}
+
+// Another Kestrail installs a setting of the same name while this one writes its own: the
+// question comes then, and only Replace replaces the other one.
+TEST_F(KestrailAlertsTest, ANameTakenDuringTheWriteIsAskedAbout) {
+  m_temp.Write("in/Wash.xml", kWash);
+  for (DialogItemIndex answer : {kKeep, kReplace}) {
+    SCOPED_TRACE(answer);
+    fs::remove_all(m_temp.Path(kFolder));
+    FaultyDisk disk;
+    disk.m_beforeWrite = [this] {
+      if (!fs::exists(m_temp.Path(kInstalled))) m_temp.Write(kInstalled, "the other one");
+    };
+    ScopedDiskBackend racing(disk);
+    m_alerts.m_vecAlerts.clear();
+    m_alerts.m_queAnswers = {answer};
+    ImportOneSetting(*Ref("in/Wash.xml"));
+    ASSERT_LE(1u, m_alerts.m_vecAlerts.size());
+    EXPECT_NE(std::string::npos, m_alerts.m_vecAlerts[0].m_strMessage.find("already installed"));
+    EXPECT_EQ(answer == kKeep ? 1u : 2u, m_alerts.m_vecAlerts.size());
+    EXPECT_EQ(answer == kKeep ? "the other one" : kWash, m_temp.Contents(kInstalled));
+    EXPECT_EQ(std::set<std::string>{"Wash.xml"}, Installed());
+  }
 }
 
 }  // namespace

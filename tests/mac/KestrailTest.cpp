@@ -1,6 +1,11 @@
 // Kestrail run as the desktop runs it, one settings file on its command line, answering its
 // dialogs on standard input, with a fresh home: every outcome of an import.
 #include <gtest/gtest.h>
+#include <sys/mount.h>
+
+#include <cstring>
+#include <deque>
+#include <set>
 
 #include "tests/mac/RunProgram.h"
 #include "tests/ovlib/ps_filter_framework/SettingsHome.h"
@@ -20,6 +25,14 @@ const std::string kDauberyFolder = "home/data/Orvelle/Daubery/InkPuddle";
 
 class KestrailTest : public SettingsHomeTest {
  protected:
+  // The names in `relative`, a folder inside the temporary folder.
+  std::set<std::string> Listing(const std::string& relative) const {
+    std::set<std::string> names;
+    for (const auto& entry : std::filesystem::directory_iterator(m_temp.Path(relative)))
+      names.insert(entry.path().filename());
+    return names;
+  }
+
   ProgramRun Open(const std::vector<std::string>& files, const std::string& answers = "") {
     std::vector<std::string> paths;
     for (const std::string& file : files) paths.push_back(m_temp.Path(file));
@@ -155,6 +168,91 @@ TEST_F(KestrailTest, UnreachableDisplayFallsBackToTheTerminal) {
   EXPECT_EQ(0, run.status);
   EXPECT_NE(std::string::npos, run.err.find("kestrail: no dialog windows (")) << run.err;
   EXPECT_NE(std::string::npos, run.out.find(kInstalled)) << run.out;
+}
+
+// A full disk refuses the replacement whole, before any of it is written, and the setting it was
+// to replace stays as it was.
+TEST_F(KestrailTest, FullDiskKeepsTheInstalledSetting) {
+  const std::string folder = m_temp.Path(kDauberyFolder);
+  std::filesystem::create_directories(folder);
+  if (mount("kestrail-test", folder.c_str(), "tmpfs", 0, "size=64k") != 0)
+    GTEST_SKIP() << "no small file system to fill: mount: " << std::strerror(errno);
+  struct Unmount {
+    ~Unmount() { umount2(m_path.c_str(), MNT_DETACH); }
+    std::string m_path;
+  } unmount{folder};
+  const std::string large(200 * 1024, 'x');
+  struct Case {
+    const char* label;
+    std::string file, contents;
+  };
+  const Case cases[] = {
+      {"copy", "in/Wash.xml", kDaubery + "<!--" + large + "-->"},
+      {"unpacking", "in/Wash.f1s",
+       "<oldstyle_setting set=\"Daubery\" filter=\"InkPuddle\" name=\"Wash.xml\"><![CDATA[" +
+           large + "]]></oldstyle_setting>"},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.label);
+    m_temp.Write(kDauberyFolder + "/Wash.xml", "the installed one");
+    m_temp.Write(c.file, c.contents);
+    ProgramRun run = Open({c.file}, "r\n");
+    EXPECT_NE(std::string::npos, run.out.find(kFailure)) << run.out;
+    EXPECT_EQ("the installed one", m_temp.Contents(kDauberyFolder + "/Wash.xml"));
+    EXPECT_EQ(std::set<std::string>{"Wash.xml"}, Listing(kDauberyFolder));
+  }
+}
+
+// Twenty Kestrails at once into a fresh home, as a desktop starts one for each file selected:
+// ten distinct settings and ten of one name. The folders they all make are found, whoever made
+// them; each distinct setting arrives whole; of the same-named, one installs and every other one
+// asks before it would replace that, and keeps it on the end of input.
+TEST_F(KestrailTest, TwentyAtOnce) {
+  const std::string same = "home/data/Orvelle/Mendora/Tessellane/Same.xml";
+  for (int round = 0; round < 3; ++round) {
+    SCOPED_TRACE(round);
+    std::filesystem::remove_all(m_temp.Path("home/data/Orvelle"));
+    std::deque<StartedProgram> programs;
+    std::vector<std::string> contents, installed;
+    for (int i = 0; i < 20; ++i) {
+      const std::string n = std::to_string(i);
+      const bool distinct = i < 10;
+      const std::string file = distinct ? "in/Distinct " + n + ".xml" : "in/" + n + "/Same.xml";
+      std::filesystem::create_directories(
+          m_temp.Path(file).substr(0, m_temp.Path(file).rfind('/')));
+      contents.push_back("<setting set=\"Mendora\" filter=\"" +
+                         std::string(distinct && i % 2 ? "ShardLattice" : "Tessellane") +
+                         "\" name=\"" + n + "\"/>");
+      installed.push_back(distinct ? "home/data/Orvelle/Mendora/" +
+                                         std::string(i % 2 ? "ShardLattice" : "Tessellane") +
+                                         "/Distinct " + n + ".xml"
+                                   : same);
+      m_temp.Write(file, contents.back());
+      programs.emplace_back(KESTRAIL, std::vector<std::string>{m_temp.Path(file)});
+    }
+    int sameInstalled = -1;
+    for (int i = 0; i < 20; ++i) {
+      SCOPED_TRACE(i);
+      ProgramRun run = programs[i].Finish();
+      EXPECT_EQ(0, run.status) << run.err;
+      const bool replaceAsked = run.out.find("is already installed") != std::string::npos;
+      if (run.out.find(kInstalled + m_temp.Path(installed[i])) != std::string::npos) {
+        EXPECT_FALSE(replaceAsked) << "kept the file, yet installed";
+        if (i < 10) {
+          EXPECT_EQ(contents[i], m_temp.Contents(installed[i]));
+        } else {
+          EXPECT_EQ(-1, sameInstalled) << "installed by two";
+          sameInstalled = i;
+        }
+      } else {
+        EXPECT_TRUE(i >= 10 && replaceAsked) << run.out;
+      }
+    }
+    ASSERT_NE(-1, sameInstalled);
+    EXPECT_EQ(contents[sameInstalled], m_temp.Contents(same));
+    for (const auto& entry : std::filesystem::recursive_directory_iterator(m_temp.Path("home")))
+      EXPECT_NE('.', entry.path().filename().string()[0]) << "left behind: " << entry.path();
+  }
 }
 
 }  // namespace
