@@ -7,6 +7,7 @@
 
 #include <filesystem>
 #include <fstream>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -35,6 +36,13 @@ class TempFolder {
   std::string Contents(const std::string& name) const {
     std::ifstream in(Path(name), std::ios::binary);
     return std::string(std::istreambuf_iterator<char>(in), {});
+  }
+  // The names in the folder `name`.
+  std::set<std::string> Names(const std::string& name) const {
+    std::set<std::string> names;
+    for (const auto& entry : std::filesystem::directory_iterator(Path(name)))
+      names.insert(entry.path().filename());
+    return names;
   }
 
  private:

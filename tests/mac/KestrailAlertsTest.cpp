@@ -28,13 +28,6 @@ const DialogItemIndex kKeep = kAlertStdAlertOKButton, kReplace = kAlertStdAlertC
 
 class KestrailAlertsTest : public SettingsHomeTest {
  protected:
-  // The names in the filter's folder.
-  std::set<std::string> Installed() const {
-    std::set<std::string> names;
-    for (const auto& entry : fs::directory_iterator(m_temp.Path(kFolder)))
-      names.insert(entry.path().filename());
-    return names;
-  }
   void InstallOlder() const {
     fs::create_directories(m_temp.Path(kFolder));
     m_temp.Write(kInstalled, "the installed one");
@@ -138,7 +131,7 @@ TEST_F(KestrailAlertsTest, ASignalInMidWriteKeepsTheInstalledSetting) {
       ASSERT_EQ(child, waitpid(child, &status, 0));
       EXPECT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == signal) << status;
       EXPECT_EQ("the installed one", m_temp.Contents(kInstalled));
-      EXPECT_EQ(std::set<std::string>{"Wash.xml"}, Installed());
+      EXPECT_EQ(std::set<std::string>{"Wash.xml"}, m_temp.Names(kFolder));
     }
   }
 }
@@ -206,7 +199,7 @@ TEST_F(KestrailAlertsTest, ANameTakenDuringTheWriteIsAskedAbout) {
     EXPECT_NE(std::string::npos, m_alerts.m_vecAlerts[0].m_strMessage.find("already installed"));
     EXPECT_EQ(answer == kKeep ? 1u : 2u, m_alerts.m_vecAlerts.size());
     EXPECT_EQ(answer == kKeep ? "the other one" : kWash, m_temp.Contents(kInstalled));
-    EXPECT_EQ(std::set<std::string>{"Wash.xml"}, Installed());
+    EXPECT_EQ(std::set<std::string>{"Wash.xml"}, m_temp.Names(kFolder));
   }
 }
 

@@ -25,14 +25,6 @@ const std::string kDauberyFolder = "home/data/Orvelle/Daubery/InkPuddle";
 
 class KestrailTest : public SettingsHomeTest {
  protected:
-  // The names in `relative`, a folder inside the temporary folder.
-  std::set<std::string> Listing(const std::string& relative) const {
-    std::set<std::string> names;
-    for (const auto& entry : std::filesystem::directory_iterator(m_temp.Path(relative)))
-      names.insert(entry.path().filename());
-    return names;
-  }
-
   ProgramRun Open(const std::vector<std::string>& files, const std::string& answers = "") {
     std::vector<std::string> paths;
     for (const std::string& file : files) paths.push_back(m_temp.Path(file));
@@ -87,29 +79,6 @@ TEST_F(KestrailTest, AFileWhereTheFilterFolderBelongs) {
   EXPECT_EQ("a file, not a folder", m_temp.Contents(kDauberyFolder));
 }
 
-TEST_F(KestrailTest, ReplaceQuestion) {
-  struct Case {
-    const char* answer;
-    bool replaced;
-  };
-  // How the answers are read is the terminal's business; these are Return, the end of input
-  // and an answer.
-  const Case cases[] = {{"\n", false}, {"", false}, {"r\n", true}};
-  std::filesystem::create_directories(m_temp.Path(kDauberyFolder));
-  m_temp.Write("in/Wash.xml", kDaubery);
-  for (const Case& c : cases) {
-    SCOPED_TRACE(c.answer);
-    m_temp.Write(kDauberyFolder + "/Wash.xml", "the installed one");
-    ProgramRun run = Open({"in/Wash.xml"}, c.answer);
-    EXPECT_NE(std::string::npos, run.out.find("Keep Existing or Replace [Keep Existing]"))
-        << run.out;
-    EXPECT_EQ(c.replaced ? kDaubery : "the installed one",
-              m_temp.Contents(kDauberyFolder + "/Wash.xml"));
-    // Keeping the installed file ends the import without another word.
-    EXPECT_EQ(c.replaced, run.out.find(kInstalled) != std::string::npos);
-  }
-}
-
 TEST_F(KestrailTest, OldStylePackageInstallsUnderItsSettingName) {
   m_temp.Write("in/Pack.f1s",
                "<oldstyle_setting filter=\"Tessellane\" name=\"Tiles\" set=\"Mendora\">"
@@ -120,9 +89,11 @@ TEST_F(KestrailTest, OldStylePackageInstallsUnderItsSettingName) {
       << run.out;
   EXPECT_EQ("Tessellane\rsize=3\r", m_temp.Contents(folder + "/Tiles"));
 
-  // The question names the setting, not the package.
-  run = Open({"in/Pack.f1s"}, "\n");
+  // The question names the setting, not the package, and its answer on the terminal replaces.
+  m_temp.Write(folder + "/Tiles", "the installed one");
+  run = Open({"in/Pack.f1s"}, "r\n");
   EXPECT_NE(std::string::npos, run.out.find("A setting named \"Tiles\" is already installed"));
+  EXPECT_EQ("Tessellane\rsize=3\r", m_temp.Contents(folder + "/Tiles"));
 }
 
 TEST_F(KestrailTest, GlimmerboxFolder) {
@@ -199,16 +170,16 @@ TEST_F(KestrailTest, FullDiskKeepsTheInstalledSetting) {
     ProgramRun run = Open({c.file}, "r\n");
     EXPECT_NE(std::string::npos, run.out.find(kFailure)) << run.out;
     EXPECT_EQ("the installed one", m_temp.Contents(kDauberyFolder + "/Wash.xml"));
-    EXPECT_EQ(std::set<std::string>{"Wash.xml"}, Listing(kDauberyFolder));
+    EXPECT_EQ(std::set<std::string>{"Wash.xml"}, m_temp.Names(kDauberyFolder));
   }
 }
 
 // Twenty Kestrails at once into a fresh home, as a desktop starts one for each file selected:
-// ten distinct settings and ten of one name. The folders they all make are found, whoever made
-// them; each distinct setting arrives whole; of the same-named, one installs and every other one
-// asks before it would replace that, and keeps it on the end of input.
+// ten distinct settings, in two filters, and ten of one name. Folders that another one made first
+// are found; each distinct setting arrives whole; of the same-named, one installs and every other
+// one asks before it would replace that, and keeps it on the end of input.
 TEST_F(KestrailTest, TwentyAtOnce) {
-  const std::string same = "home/data/Orvelle/Mendora/Tessellane/Same.xml";
+  const std::string folder = "home/data/Orvelle/Mendora/";
   for (int round = 0; round < 3; ++round) {
     SCOPED_TRACE(round);
     std::filesystem::remove_all(m_temp.Path("home/data/Orvelle"));
@@ -216,40 +187,33 @@ TEST_F(KestrailTest, TwentyAtOnce) {
     std::vector<std::string> contents, installed;
     for (int i = 0; i < 20; ++i) {
       const std::string n = std::to_string(i);
-      const bool distinct = i < 10;
-      const std::string file = distinct ? "in/Distinct " + n + ".xml" : "in/" + n + "/Same.xml";
-      std::filesystem::create_directories(
-          m_temp.Path(file).substr(0, m_temp.Path(file).rfind('/')));
-      contents.push_back("<setting set=\"Mendora\" filter=\"" +
-                         std::string(distinct && i % 2 ? "ShardLattice" : "Tessellane") +
-                         "\" name=\"" + n + "\"/>");
-      installed.push_back(distinct ? "home/data/Orvelle/Mendora/" +
-                                         std::string(i % 2 ? "ShardLattice" : "Tessellane") +
-                                         "/Distinct " + n + ".xml"
-                                   : same);
-      m_temp.Write(file, contents.back());
-      programs.emplace_back(KESTRAIL, std::vector<std::string>{m_temp.Path(file)});
+      const std::string filter = i < 10 && i % 2 ? "ShardLattice" : "Tessellane";
+      const std::string name = i < 10 ? n + ".xml" : "Same.xml";
+      std::filesystem::create_directory(m_temp.Path("in/" + n));
+      contents.push_back("<setting set=\"Mendora\" filter=\"" + filter + "\" name=\"" + n + "\"/>");
+      installed.push_back(folder + filter + "/" + name);
+      m_temp.Write("in/" + n + "/" + name, contents[i]);
+      programs.emplace_back(KESTRAIL,
+                            std::vector<std::string>{m_temp.Path("in/" + n + "/" + name)});
     }
     int sameInstalled = -1;
     for (int i = 0; i < 20; ++i) {
       SCOPED_TRACE(i);
       ProgramRun run = programs[i].Finish();
       EXPECT_EQ(0, run.status) << run.err;
-      const bool replaceAsked = run.out.find("is already installed") != std::string::npos;
-      if (run.out.find(kInstalled + m_temp.Path(installed[i])) != std::string::npos) {
-        EXPECT_FALSE(replaceAsked) << "kept the file, yet installed";
-        if (i < 10) {
-          EXPECT_EQ(contents[i], m_temp.Contents(installed[i]));
-        } else {
-          EXPECT_EQ(-1, sameInstalled) << "installed by two";
-          sameInstalled = i;
-        }
-      } else {
-        EXPECT_TRUE(i >= 10 && replaceAsked) << run.out;
+      const bool asked = run.out.find("is already installed") != std::string::npos;
+      const bool done = run.out.find(kInstalled + m_temp.Path(installed[i])) != std::string::npos;
+      EXPECT_NE(asked, done) << run.out;
+      if (i < 10) {
+        EXPECT_TRUE(done) << run.out;
+        EXPECT_EQ(contents[i], m_temp.Contents(installed[i]));
+      } else if (done) {
+        EXPECT_EQ(-1, sameInstalled) << "installed by two";
+        sameInstalled = i;
       }
     }
     ASSERT_NE(-1, sameInstalled);
-    EXPECT_EQ(contents[sameInstalled], m_temp.Contents(same));
+    EXPECT_EQ(contents[sameInstalled], m_temp.Contents(installed[sameInstalled]));
     for (const auto& entry : std::filesystem::recursive_directory_iterator(m_temp.Path("home")))
       EXPECT_NE('.', entry.path().filename().string()[0]) << "left behind: " << entry.path();
   }

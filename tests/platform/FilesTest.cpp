@@ -157,10 +157,7 @@ TEST_F(FilesTest, StaleTemporaryFilesGo) {
   FSRef temporary;
   ASSERT_EQ(noErr, FSCreateTemporaryFile(&m_inner, kFSCatInfoNone, nullptr, &temporary));
   ASSERT_EQ(noErr, FSDeleteObject(&temporary));
-  std::set<std::string> names;
-  for (const auto& entry : fs::directory_iterator(m_temp.Path("inner")))
-    names.insert(entry.path().filename());
-  EXPECT_EQ(std::set<std::string>{".kestrail-unfinished-fresh"}, names);
+  EXPECT_EQ(std::set<std::string>{".kestrail-unfinished-fresh"}, m_temp.Names("inner"));
 }
 
 }  // namespace

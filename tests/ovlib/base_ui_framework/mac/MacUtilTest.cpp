@@ -98,19 +98,6 @@ TEST_F(WholeFileTest, ReadThenWriteElsewhereIsByteIdentical) {
   EXPECT_TRUE(Reported("ReadDiskFileIntoBuffer"));
 }
 
-TEST_F(WholeFileTest, WriteOntoAnExistingName) {
-  m_temp.Write("setting", "old");
-  const Bytes bytes = {'n', 'e', 'w'};
-  OVFileSystemReference file;
-  EXPECT_EQ(-1, WriteBufferToDiskFile(m_folder, L"setting", bytes, false, file));
-  EXPECT_EQ("old", m_temp.Contents("setting"));
-  EXPECT_EQ(0, WriteBufferToDiskFile(m_folder, L"setting", bytes, true, file));
-  EXPECT_EQ("new", m_temp.Contents("setting"));
-  EXPECT_EQ(-1, WriteBufferToDiskFile(m_folder, L"../setting", bytes, true, file));
-  EXPECT_EQ(-1, WriteBufferToDiskFile(m_folder, L"", bytes, true, file));
-  EXPECT_EQ(1, std::distance(fs::directory_iterator(m_temp.Path()), fs::directory_iterator()));
-}
-
 TEST_F(WholeFileTest, FopenByNameCreatesAMissingFile) {
   HFSUniStr255 name = {3, {'l', 'o', 'g'}};
   FILE* created = FSRefParentAndFilename_fopen(m_folder, &name, "w");
