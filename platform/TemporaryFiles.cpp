@@ -9,6 +9,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <cstdio>
 #include <cstring>
 #include <ctime>
@@ -21,9 +22,10 @@ const int kCleanedSignals[] = {SIGHUP, SIGINT, SIGTERM};
 const time_t kStaleSeconds = 10 * 60;
 
 // The files to remove when a signal ends the process: the folder, held open so that the removal
-// needs no path, and the name. Written only with the signals blocked, read by the handler.
+// needs no path, and the name. Changed with the signals blocked on this thread; a handler on
+// another thread sees an entry only once its name is whole, as the folder is set last.
 struct Marked {
-  int m_nFolder = -1;  // -1: a free slot
+  std::atomic<int> m_nFolder{-1};  // -1: a free slot
   char m_szName[64];
 };
 Marked s_marked[16];
@@ -45,8 +47,10 @@ class SignalsBlocked {
 
 // Only async-signal-safe calls: the process is ending, and what it was doing is cut short.
 void RemoveMarkedAndEnd(int signal) {
-  for (const Marked& marked : s_marked)
-    if (marked.m_nFolder >= 0) unlinkat(marked.m_nFolder, marked.m_szName, 0);
+  for (const Marked& marked : s_marked) {
+    const int folder = marked.m_nFolder;
+    if (folder >= 0) unlinkat(folder, marked.m_szName, 0);
+  }
   // Ended by the signal as it would have been, so that whoever sent it sees that.
   struct sigaction standard = {};
   standard.sa_handler = SIG_DFL;
@@ -120,9 +124,10 @@ bool RememberTemporaryFile(const std::string& path) {
   CatchEndingSignals();
   for (Marked& marked : s_marked) {
     if (marked.m_nFolder >= 0) continue;
-    marked.m_nFolder = open(FolderOf(path).c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-    if (marked.m_nFolder < 0) return false;
+    const int folder = open(FolderOf(path).c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    if (folder < 0) return false;
     std::memcpy(marked.m_szName, name.c_str(), name.size() + 1);
+    marked.m_nFolder = folder;
     return true;
   }
   return false;
@@ -133,7 +138,6 @@ void ForgetTemporaryFile(const std::string& path) {
   SignalsBlocked blocked;
   for (Marked& marked : s_marked) {
     if (marked.m_nFolder < 0 || name != marked.m_szName) continue;
-    close(marked.m_nFolder);
-    marked.m_nFolder = -1;
+    close(marked.m_nFolder.exchange(-1));
   }
 }
