@@ -9,6 +9,7 @@
 #include "ovlib/general_framework/OVFileSystemReferenceMac.h"
 #include "ovlib/ps_filter_framework/SettingsUtils.h"
 #include "platform/Files.h"
+#include "platform/Terminal.h"
 
 namespace {
 
@@ -16,16 +17,20 @@ const char kUsage[] = "usage: kestrail-pack [--into FOLDER] OLD-SETTINGS-FILE...
 
 const char kHelp[] =
     "Packages each old settings file as FILE.f1s, an old-style package that Kestrail installs\n"
-    "into the settings folder of the file's filter. The filter is the first word of the file.\n"
+    "into the settings folder of the file's filter. The filter is the first word of the file;\n"
+    "the package carries the file up to its first zero byte.\n"
     "\n"
     "  --into FOLDER  write the packages into FOLDER (default: each file's own folder)\n"
     "  --help         show this help\n"
     "\n"
     "An existing package is never replaced.\n";
 
+// The path of `ref` as a terminal may show it.
 std::string PathOf(const OVFileSystemReference& ref) {
   char path[4096];
-  return FSRefMakePath(ref, reinterpret_cast<UInt8*>(path), sizeof path) == noErr ? path : "?";
+  return FSRefMakePath(ref, reinterpret_cast<UInt8*>(path), sizeof path) == noErr
+             ? TerminalText(path)
+             : "?";
 }
 
 bool RefFromPath(const std::string& path, OVFileSystemReference& ref) {
@@ -49,21 +54,22 @@ std::string Printable(const TString& name) {
 // Packages one file; false, with the reason on standard error, when it cannot.
 bool Package(const std::string& path, const OVFileSystemReference* into) {
   auto fail = [&](const std::string& why) {
-    std::cerr << "kestrail-pack: " << path << ": " << why << "\n";
+    std::cerr << "kestrail-pack: " << TerminalText(path) << ": " << why << "\n";
     return false;
   };
   OVFileSystemReference file, folder, package;
   if (!RefFromPath(path, file)) return fail("no such file");
   if (file.IsFolder()) return fail("is a folder, not a settings file");
   std::vector<unsigned char> bytes;
-  if (ReadDiskFileIntoBuffer(file, bytes) != 0) return fail("cannot read the file");
+  // A named pipe, a socket or a device is refused at once rather than waited on.
+  if (ReadDiskFileIntoBuffer(file, bytes) != 0) return fail("not a settings file that can be read");
   const TString filter = SettingsUtils::OldSettingsFilterName(bytes);
   TString setName;
   if (SettingsUtils::SetNameFromFilterName(filter, setName) != 0) {
     return fail("unknown filter \"" + Printable(filter) + "\"");
   }
   if (!SettingsUtils::CanCarryOldSettings(bytes)) {
-    return fail("holds bytes a package cannot carry (a zero byte, a control character or \"]]>\")");
+    return fail("holds bytes a package cannot carry (a control character or \"]]>\")");
   }
   if (into != nullptr) {
     folder = *into;
@@ -109,7 +115,7 @@ int main(int argc, char** argv) {
   }
   OVFileSystemReference intoFolder;
   if (!into.empty() && (!RefFromPath(into, intoFolder) || !intoFolder.IsFolder())) {
-    std::cerr << "kestrail-pack: " << into << ": not a folder\n";
+    std::cerr << "kestrail-pack: " << TerminalText(into) << ": not a folder\n";
     return 2;
   }
   bool allPackaged = true;

@@ -16,6 +16,7 @@
 #include "platform/CFObject.h"
 #include "platform/EventLoop.h"
 #include "platform/Files.h"
+#include "platform/Terminal.h"
 
 struct OpaqueAEDataStorageType {
   struct Item {
@@ -56,14 +57,14 @@ OSErr CoerceFileURLToFSRef(const std::vector<UInt8>& bytes, FSRef& ref) {
   const std::string url(bytes.begin(), bytes.end());
   std::string path;
   if (!FileURLPath(url, path)) {
-    EventLoopErrorStream() << kApplicationName << ": " << url << ": not a file URL\n";
+    EventLoopErrorStream() << kApplicationName << ": " << TerminalText(url) << ": not a file URL\n";
     return errAECoercionFail;
   }
   if (FSPathMakeRef(reinterpret_cast<const UInt8*>(path.c_str()), &ref, nullptr) == noErr)
     return noErr;
   // FSPathMakeRef fails only where realpath or lstat did, so errno still tells why.
-  EventLoopErrorStream() << kApplicationName << ": " << path << ": " << std::strerror(errno)
-                         << '\n';
+  EventLoopErrorStream() << kApplicationName << ": " << TerminalText(path) << ": "
+                         << std::strerror(errno) << '\n';
   return errAECoercionFail;
 }
 

@@ -9,6 +9,7 @@
 #include <memory>
 
 #include "platform/CFObject.h"
+#include "platform/Terminal.h"
 #include "platform/gtk/GtkDialogBackend.h"
 
 namespace {
@@ -50,8 +51,8 @@ std::unique_ptr<DialogBackend> ChooseDialogBackend() {
     std::string reason;
     if (DialogBackend* gtk = LoadGtkDialogBackend(reason))
       return std::unique_ptr<DialogBackend>(gtk);
-    std::cerr << "kestrail: no dialog windows (" << reason << "); asking on the terminal"
-              << std::endl;
+    std::cerr << "kestrail: no dialog windows (" << TerminalText(reason)
+              << "); asking on the terminal" << std::endl;
   }
   return std::make_unique<TextDialogBackend>(std::cin, std::cout, std::cerr);
 }

@@ -9,6 +9,8 @@
 #include <utility>
 #include <vector>
 
+#include "platform/Terminal.h"
+
 namespace {
 
 struct InstalledHandler {
@@ -54,7 +56,8 @@ int ReadArguments(const std::vector<std::string>& arguments, std::ostream& out, 
       out << kApplicationName << ' ' << KESTRAIL_VERSION << '\n';
       return 0;
     } else if (options && argument.size() > 1 && argument[0] == '-') {
-      err << kApplicationName << ": unknown option " << argument << '\n' << kUsage << '\n';
+      err << kApplicationName << ": unknown option " << TerminalText(argument) << '\n'
+          << kUsage << '\n';
       return 2;
     } else {
       files.push_back(argument);

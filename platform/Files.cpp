@@ -325,6 +325,7 @@ int LookAtPath(const std::string& path, ObjectOnDisk& object) {
   object.m_nBirthSeconds = object.m_bHasBirthTime ? status.stx_btime.tv_sec : 0;
   object.m_nBirthNanoseconds = object.m_bHasBirthTime ? status.stx_btime.tv_nsec : 0;
   object.m_bIsDirectory = S_ISDIR(status.stx_mode);
+  object.m_bIsRegularFile = S_ISREG(status.stx_mode);
   object.m_nSize = status.stx_size;
   object.m_nAllocated = status.stx_blocks * 512;
   object.m_nModifiedSeconds = status.stx_mtime.tv_sec;

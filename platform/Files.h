@@ -181,8 +181,8 @@ enum : UInt16 {
 
 OSErr FSGetDataForkName(HFSUniStr255* dataForkName);
 
-// Opens the data fork of a file (notAFileErr for a folder). fsWrPerm and fsRdWrPerm neither
-// create nor truncate.
+// Opens the data fork of a file (notAFileErr for a folder, a named pipe, a socket or a device,
+// without waiting on any of them). fsWrPerm and fsRdWrPerm neither create nor truncate.
 OSErr FSOpenFork(const FSRef* ref, UniCharCount forkNameLength, const UniChar* forkName,
                  SInt8 permissions, SInt16* forkRefNum);
 OSErr FSCloseFork(SInt16 forkRefNum);

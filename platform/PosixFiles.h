@@ -16,6 +16,7 @@ struct ObjectOnDisk {
   UInt32 m_nBirthNanoseconds = 0;  // object apart from a deleted one whose inode it reuses
   bool m_bHasBirthTime = false;
   bool m_bIsDirectory = false;
+  bool m_bIsRegularFile = false;  // neither a folder nor a link, pipe, socket or device
   UInt64 m_nSize = 0;
   UInt64 m_nAllocated = 0;  // bytes of disk space
   SInt64 m_nModifiedSeconds = 0;

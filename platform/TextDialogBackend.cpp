@@ -1,7 +1,5 @@
 // TextDialogBackend.cpp: dialogs on a terminal: an alert's texts and buttons out, one line of
 // answer in; a folder question's message out, a path in.
-#include "platform/DialogBackend.h"
-
 #include <pwd.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -10,9 +8,37 @@
 #include <cstdlib>
 #include <cstring>
 #include <istream>
+#include <limits>
 #include <ostream>
 
+#include "platform/DialogBackend.h"
+#include "platform/Terminal.h"
+
 namespace {
+
+// An answer is a label or a path: longer lines are not answers, and are not kept.
+const std::size_t kLongestAnswer = 4096;
+// Whatever feeds the terminal (`yes`, a file, a stuck key) gets this many tries in a row; then the
+// question takes its safe answer and stops asking.
+const int kTries = 10;
+
+// Reads one line of answer; false at the end of input. A line longer than kLongestAnswer is read
+// to its end and comes back empty with `tooLong`.
+bool ReadAnswer(std::istream& in, std::string& line, bool& tooLong) {
+  line.clear();
+  tooLong = false;
+  for (int c = in.get(); c != std::char_traits<char>::eof(); c = in.get()) {
+    if (c == '\n') return true;
+    if (line.size() == kLongestAnswer) {
+      in.ignore(std::numeric_limits<std::streamsize>::max(), '\n');
+      line.clear();
+      tooLong = true;
+      return true;
+    }
+    line += static_cast<char>(c);
+  }
+  return !line.empty();  // a last line without its line end still counts
+}
 
 std::string Trimmed(const std::string& line) {
   const char* const blanks = " \t\r\n";
@@ -59,14 +85,14 @@ std::string ListOfLabels(const AlertDescription& alert) {
   const std::size_t count = alert.m_vecButtons.size();
   for (std::size_t i = 0; i < count; ++i) {
     if (i > 0) list += i + 1 == count ? " or " : ", ";
-    list += alert.m_vecButtons[i].m_strLabel;
+    list += TerminalText(alert.m_vecButtons[i].m_strLabel);
   }
   return list;
 }
 
 std::string DefaultLabel(const AlertDescription& alert) {
   for (const AlertDescription::Button& button : alert.m_vecButtons)
-    if (button.m_nItem == alert.m_nDefaultItem) return button.m_strLabel;
+    if (button.m_nItem == alert.m_nDefaultItem) return TerminalText(button.m_strLabel);
   return std::string();
 }
 
@@ -93,20 +119,25 @@ TextDialogBackend::TextDialogBackend(std::istream& in, std::ostream& out, std::o
 
 DialogItemIndex TextDialogBackend::RunAlert(const AlertDescription& alert) {
   std::ostream& out = alert.m_nKind == kAlertStopAlert ? m_err : m_out;
-  out << '\n' << alert.m_strMessage << '\n';
-  if (!alert.m_strExplanation.empty()) out << alert.m_strExplanation << '\n';
+  out << '\n' << TerminalText(alert.m_strMessage) << '\n';
+  if (!alert.m_strExplanation.empty()) out << TerminalText(alert.m_strExplanation) << '\n';
   const std::string labels = ListOfLabels(alert);
   const std::string defaultLabel = DefaultLabel(alert);
   out << "Answer " << labels << " [" << defaultLabel << "]: " << std::flush;
-  for (;;) {
+  for (int tries = 1;; ++tries) {
     std::string line;
+    bool tooLong;
     // With nobody left to answer, the default button is the answer the alert was made to expect.
-    if (!std::getline(m_in, line)) {
+    if (!ReadAnswer(m_in, line, tooLong)) {
       out << '\n';
       return alert.m_nDefaultItem;
     }
-    const DialogItemIndex item = ItemForAnswer(Trimmed(line), alert);
+    const DialogItemIndex item = tooLong ? 0 : ItemForAnswer(Trimmed(line), alert);
     if (item != 0) return item;
+    if (tries == kTries) {
+      out << "No answer after " << kTries << " tries; taking " << defaultLabel << ".\n";
+      return alert.m_nDefaultItem;
+    }
     out << "Please answer " << labels << " (a label or its first letter); an empty line means "
         << defaultLabel << ": " << std::flush;
   }
@@ -114,21 +145,30 @@ DialogItemIndex TextDialogBackend::RunAlert(const AlertDescription& alert) {
 
 std::optional<std::string> TextDialogBackend::ChooseFolder(const std::string& message) {
   m_out << '\n';
-  if (!message.empty()) m_out << message << '\n';
+  if (!message.empty()) m_out << TerminalText(message) << '\n';
   m_out << kFolderPrompt << std::flush;
-  for (;;) {
+  for (int tries = 1;; ++tries) {
     std::string line;
-    if (!std::getline(m_in, line)) {
+    bool tooLong;
+    if (!ReadAnswer(m_in, line, tooLong)) {
       m_out << '\n';
       return std::nullopt;
     }
     const std::string typed = Trimmed(line);
-    if (typed.empty()) return std::nullopt;
+    if (typed.empty() && !tooLong) return std::nullopt;
     const std::string path = ExpandHome(typed);
     struct stat status;
-    const bool exists = stat(path.c_str(), &status) == 0;
+    const bool exists = !tooLong && stat(path.c_str(), &status) == 0;
     if (exists && S_ISDIR(status.st_mode)) return path;
-    m_out << path << ": " << std::strerror(exists ? ENOTDIR : errno) << '\n'
-          << kFolderPrompt << std::flush;
+    m_out << (tooLong ? "(a line too long to be a path)" : TerminalText(path)) << ": "
+          << std::strerror(tooLong  ? ENAMETOOLONG
+                           : exists ? ENOTDIR
+                                    : errno)
+          << '\n';
+    if (tries == kTries) {
+      m_out << "No folder after " << kTries << " tries; cancelled.\n";
+      return std::nullopt;
+    }
+    m_out << kFolderPrompt << std::flush;
   }
 }

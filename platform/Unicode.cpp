@@ -2,6 +2,8 @@
 
 #include <cstring>
 
+#include "platform/Terminal.h"
+
 namespace {
 
 // Mac Roman characters 0x80 to 0xFF; 0x00 to 0x7F are ASCII.
@@ -20,6 +22,33 @@ const UniChar kMacRomanHigh[128] = {
 };
 
 bool IsContinuation(UInt8 byte) { return (byte & 0xC0) == 0x80; }
+
+// The length of the well-formed multi-byte sequence at `p`, or 0. These are the sequences of the
+// Unicode standard: the second byte's range depends on the lead byte, which is how overlong
+// forms, encoded surrogates and values above U+10FFFF are refused without decoding them first.
+std::size_t SequenceLength(const UInt8* p, const UInt8* end) {
+  const UInt8 lead = *p;
+  std::size_t length;
+  UInt8 secondLow = 0x80, secondHigh = 0xBF;
+  if (lead >= 0xC2 && lead <= 0xDF) {
+    length = 2;
+  } else if (lead >= 0xE0 && lead <= 0xEF) {
+    length = 3;
+    if (lead == 0xE0) secondLow = 0xA0;
+    if (lead == 0xED) secondHigh = 0x9F;
+  } else if (lead >= 0xF0 && lead <= 0xF4) {
+    length = 4;
+    if (lead == 0xF0) secondLow = 0x90;
+    if (lead == 0xF4) secondHigh = 0x8F;
+  } else {
+    return 0;
+  }
+  if (static_cast<std::size_t>(end - p) < length) return 0;
+  if (p[1] < secondLow || p[1] > secondHigh) return 0;
+  for (std::size_t i = 2; i < length; ++i)
+    if (!IsContinuation(p[i])) return 0;
+  return length;
+}
 
 }  // namespace
 
@@ -46,31 +75,10 @@ bool DecodeUtf8(const UInt8* bytes, std::size_t count, std::vector<UniChar>& uni
       ++p;
       continue;
     }
-    // The well-formed sequences of the Unicode standard: the second byte's range depends on the
-    // lead byte, which is how overlong forms, encoded surrogates and values above U+10FFFF are
-    // refused without decoding them first.
-    std::size_t length;
-    UInt8 secondLow = 0x80, secondHigh = 0xBF;
-    if (lead >= 0xC2 && lead <= 0xDF) {
-      length = 2;
-    } else if (lead >= 0xE0 && lead <= 0xEF) {
-      length = 3;
-      if (lead == 0xE0) secondLow = 0xA0;
-      if (lead == 0xED) secondHigh = 0x9F;
-    } else if (lead >= 0xF0 && lead <= 0xF4) {
-      length = 4;
-      if (lead == 0xF0) secondLow = 0x90;
-      if (lead == 0xF4) secondHigh = 0x8F;
-    } else {
-      return false;
-    }
-    if (static_cast<std::size_t>(end - p) < length) return false;
-    if (p[1] < secondLow || p[1] > secondHigh) return false;
+    const std::size_t length = SequenceLength(p, end);
+    if (length == 0) return false;
     UInt32 value = lead & (0xFF >> (length + 1));
-    for (std::size_t i = 1; i < length; ++i) {
-      if (!IsContinuation(p[i])) return false;
-      value = (value << 6) | (p[i] & 0x3F);
-    }
+    for (std::size_t i = 1; i < length; ++i) value = (value << 6) | (p[i] & 0x3F);
     p += length;
     if (value < 0x10000) {
       *out++ = static_cast<UniChar>(value);
@@ -142,4 +150,38 @@ bool EncodeSingleByte(const UniChar* units, std::size_t count, bool macRoman, st
     bytes += static_cast<char>(0x80 + high);
   }
   return true;
+}
+
+std::string TerminalText(const std::string& text) {
+  static const char digits[] = "0123456789abcdef";
+  const auto escape = [](std::string& out, const char* form, unsigned value) {
+    out += form;
+    out += digits[value >> 4];
+    out += digits[value & 15];
+  };
+  std::string shown;
+  const UInt8* p = reinterpret_cast<const UInt8*>(text.data());
+  const UInt8* const end = p + text.size();
+  while (p < end) {
+    if (*p < 0x80) {
+      // Tabs, line ends and escape sequences alike could rearrange what the terminal shows.
+      if (*p < 0x20 || *p == 0x7F)
+        escape(shown, "\\x", *p);
+      else
+        shown += static_cast<char>(*p);
+      ++p;
+      continue;
+    }
+    const std::size_t length = SequenceLength(p, end);
+    if (length == 0) {
+      escape(shown, "\\x", *p++);  // not UTF-8: a terminal may take a lone byte as a control
+    } else if (length == 2 && p[0] == 0xC2 && p[1] < 0xA0) {
+      escape(shown, "\\u00", p[1]);  // U+0080 to U+009F, the second set of controls
+      p += 2;
+    } else {
+      shown.append(reinterpret_cast<const char*>(p), length);
+      p += length;
+    }
+  }
+  return shown;
 }

@@ -1,8 +1,8 @@
 #include "ovlib/general_framework/OVUtil.h"
 
-#include <cstdarg>
 #include <cstdint>
 #include <cstring>
+#include <iterator>
 #include <memory>
 
 #include "ovlib/base_ui_framework/mac/MacUtil.h"
@@ -121,20 +121,19 @@ int ConvertWStringToFileBuffer(const TString& text, std::vector<unsigned char>& 
   return 0;
 }
 
-TString TStringParamReplace(const TString* templateText, ...) {
+TString TStringParamReplaceCounted(const TString* templateText, const wchar_t* const* texts,
+                                   std::size_t count) {
   static const TString replace_markers[10] = {L"%0", L"%1", L"%2", L"%3", L"%4",
                                               L"%5", L"%6", L"%7", L"%8", L"%9"};
   TString result = *templateText;
-  va_list arguments;
-  va_start(arguments, templateText);
-  for (const TString& marker : replace_markers) {
+  for (std::size_t i = 0; i < count && i < std::size(replace_markers); ++i) {
     // Each search starts over from the beginning, so text filled in for one marker can hold the
-    // next marker and be filled in turn.
-    const std::size_t at = result.find(marker);
+    // next marker and be filled in turn, but only with a text given for it: a file name such as
+    // "a%1.xml" is shown as it is.
+    const std::size_t at = result.find(replace_markers[i]);
     if (at == TString::npos) break;
-    result.replace(at, marker.size(), va_arg(arguments, const wchar_t*));
+    result.replace(at, replace_markers[i].size(), texts[i]);
   }
-  va_end(arguments);
   return result;
 }
 

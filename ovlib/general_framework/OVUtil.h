@@ -2,8 +2,10 @@
 // between the string flavours of the library. Platform string types stay in MacUtil.h.
 #pragma once
 
+#include <cstddef>
 #include <cstdio>
 #include <string>
+#include <type_traits>
 #include <vector>
 
 #include "platform/MacTypes.h"
@@ -23,9 +25,19 @@ std::vector<UniChar> Utf8toUtf16(const std::vector<unsigned char>& buffer);
 int ConvertWStringToFileBuffer(const TString& text, std::vector<unsigned char>& buffer);
 
 // Copies `templateText` and fills its markers "%0", "%1", ... in turn, each marker's first
-// occurrence with the next `const wchar_t*` argument, stopping at the first marker missing or
-// after "%9". The caller passes at least as many arguments as the template has markers.
-TString TStringParamReplace(const TString* templateText, ...);
+// occurrence with the next of the `count` `texts`, stopping at the first marker missing, after
+// "%9", or when the texts run out: a marker with no text left stays as it is, also one that came
+// in with a text filled in before it.
+TString TStringParamReplaceCounted(const TString* templateText, const wchar_t* const* texts,
+                                   std::size_t count);
+
+// The same for the texts given, however many: TStringParamReplace(&question, fileName.c_str()).
+template <typename... Texts>
+requires(std::is_convertible_v<Texts, const wchar_t*>&&...) TString
+    TStringParamReplace(const TString* templateText, Texts... texts) {
+  const wchar_t* const all[] = {texts..., nullptr};
+  return TStringParamReplaceCounted(templateText, all, sizeof...(texts));
+}
 
 // Whether the text after the last full stop of `fileName` is `extension`, case-sensitively.
 bool FilenameHasExtension(const TString& fileName, const TString& extension);

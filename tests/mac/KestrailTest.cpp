@@ -2,6 +2,10 @@
 // dialogs on standard input, with a fresh home: every outcome of an import.
 #include <gtest/gtest.h>
 #include <sys/mount.h>
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <sys/un.h>
+#include <unistd.h>
 
 #include <cstring>
 #include <deque>
@@ -128,6 +132,59 @@ TEST_F(KestrailTest, GlimmerboxFolder) {
     }
   }
   EXPECT_FALSE(std::filesystem::exists(m_temp.Path("home/data/Orvelle/Glimmerbox")));
+}
+
+// A "%1" in a name reaches every message as it is: no message reads a text it was not given.
+TEST_F(KestrailTest, PercentSignsInNames) {
+  struct Case {
+    const char* label;
+    std::string file, contents, installed;
+  };
+  const Case cases[] = {
+      {"a filter", "in/p1.xml", "<setting set=\"Daubery\" filter=\"Ink%1Puddle\" name=\"n\"/>",
+       "home/data/Orvelle/Daubery/Ink%1Puddle/p1.xml"},
+      {"a file name", "in/%1%2%3%4%5%6%7%8%9.xml", kDaubery,
+       kDauberyFolder + "/%1%2%3%4%5%6%7%8%9.xml"},
+      {"a text setting's filter", "in/t", "[{\"set\": \"Mendora\", \"filter\": \"%1%2%3\"}]",
+       "home/data/Orvelle/Mendora/%1%2%3/t"},
+      {"an old-style setting's name", "in/p%1.f1s",
+       "<oldstyle_setting set=\"Daubery\" filter=\"InkPuddle\" name=\"p%1\">"
+       "<![CDATA[InkPuddle]]></oldstyle_setting>",
+       kDauberyFolder + "/p%1"},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.label);
+    m_temp.Write(c.file, c.contents);
+    ProgramRun run = Open({c.file});
+    EXPECT_EQ(0, run.status) << run.err;
+    EXPECT_NE(std::string::npos, run.out.find(kInstalled + m_temp.Path(c.installed))) << run.out;
+    run = Open({c.file});  // the question names the installed one
+    const std::string name = c.installed.substr(c.installed.rfind('/') + 1);
+    EXPECT_EQ(0, run.status) << run.err;
+    EXPECT_NE(std::string::npos, run.out.find("named \"" + name + "\" is already")) << run.out;
+  }
+}
+
+// Only a regular file can hold a setting: anything else is answered at once, never waited on.
+TEST_F(KestrailTest, WhatIsNoFileIsNoSetting) {
+  ASSERT_EQ(0, mkfifo(m_temp.Path("in/pipe").c_str(), 0600));
+  const int listening = socket(AF_UNIX, SOCK_STREAM, 0);
+  sockaddr_un address = {};
+  address.sun_family = AF_UNIX;
+  std::strncpy(address.sun_path, m_temp.Path("in/socket").c_str(), sizeof address.sun_path - 1);
+  ASSERT_EQ(0, bind(listening, reinterpret_cast<sockaddr*>(&address), sizeof address));
+  std::filesystem::create_directory(m_temp.Path("in/folder"));
+  for (const std::string& path : {m_temp.Path("in/pipe"), m_temp.Path("in/socket"),
+                                  m_temp.Path("in/folder"), std::string("/dev/null")}) {
+    SCOPED_TRACE(path);
+    ProgramRun run = RunProgram(KESTRAIL, {path});
+    EXPECT_EQ(0, run.status) << run.err;
+    EXPECT_NE(std::string::npos, run.out.find(kExamining)) << run.out;
+    run = RunProgram(KESTRAIL_PACK, {path});
+    EXPECT_EQ(1, run.status);
+    EXPECT_NE(std::string::npos, run.err.find("not a settings file")) << run.err;
+  }
+  close(listening);
 }
 
 // A display that cannot be opened costs the windows, not the import: one line on standard error

@@ -6,6 +6,7 @@
 #include <string>
 
 #include "platform/DialogBackend.h"
+#include "platform/Terminal.h"
 #include "tests/ScopedVariable.h"
 #include "tests/TempFolder.h"
 
@@ -17,7 +18,14 @@ const AlertDescription kAssertion = {kAlertStopAlert,
                                      "Failure at line 3",
                                      {{"Continue", 1}, {"Debug", 2}, {"More Options", 3}}};
 
+std::string Repeated(const std::string& text, int times) {
+  std::string all;
+  for (int i = 0; i < times; ++i) all += text;
+  return all;
+}
+
 TEST(TextDialogBackendTest, AnswerPicksAButton) {
+  using namespace std::string_literals;
   struct Case {
     const char* label;
     std::string input;
@@ -31,6 +39,12 @@ TEST(TextDialogBackendTest, AnswerPicksAButton) {
       {"end of input is the default", "", 1},
       {"unknown, then a letter", "maybe\nd\n", 2},
       {"unknown, then end of input", "x\n", 1},
+      // Whatever feeds the terminal, the question ends: ten wrong answers in a row take the
+      // default, and no line is kept whole, however long.
+      {"endless yes", Repeated("y\n", 100000), 1},
+      {"binary", Repeated("\0\x1b[2J\xff\n"s, 100), 1},
+      {"one huge line", std::string(1 << 24, 'x'), 1},
+      {"a line too long to be one, then one", std::string(5000, 'd') + "\nd\n", 2},
   };
   for (const Case& c : cases) {
     SCOPED_TRACE(c.label);
@@ -41,7 +55,24 @@ TEST(TextDialogBackendTest, AnswerPicksAButton) {
     EXPECT_EQ("", out.str());  // a stop alert reports a failed check: standard error only
     EXPECT_EQ(0u, err.str().find("\nA bug has been detected.\nFailure at line 3\n"
                                  "Answer Continue, Debug or More Options [Continue]: "));
+    EXPECT_GT(2000u, err.str().size());
   }
+}
+
+TEST(TextDialogBackendTest, ControlCharactersAreShownAsEscapes) {
+  const std::pair<std::string, std::string> cases[] = {
+      {"\x1b]0;title\x07\x1b[2J", "\\x1b]0;title\\x07\\x1b[2J"},
+      {"tab\tline\nDEL\x7f", "tab\\x09line\\x0aDEL\\x7f"},
+      {"C1 \xC2\x9B", "C1 \\u009b"},
+      {"not UTF-8 \xFF\xC3", "not UTF-8 \\xff\\xc3"},
+      {"caf\xC3\xA9 \xF0\x9F\x98\x80", "caf\xC3\xA9 \xF0\x9F\x98\x80"},
+  };
+  for (const auto& [text, shown] : cases) EXPECT_EQ(shown, TerminalText(text)) << shown;
+  const AlertDescription alert = {kAlertCautionAlert, "\x1b[2Jset", "", {{"OK\x07", 1}}};
+  std::istringstream in("");
+  std::ostringstream out, err;
+  TextDialogBackend(in, out, err).RunAlert(alert);
+  EXPECT_EQ("\n\\x1b[2Jset\nAnswer OK\\x07 [OK\\x07]: \n", out.str());
 }
 
 TEST(TextDialogBackendTest, SharedFirstLetterIsAskedAgain) {
@@ -78,6 +109,9 @@ TEST(TextDialogBackendTest, FolderQuestionReadsAPath) {
        temp.Path("file") + ": Not a directory\n" + prompt},
       {"nothing there, then end of input", "~/gone\n", std::nullopt,
        temp.Path("gone") + ": No such file or directory\n" + prompt + "\n"},
+      {"nothing there, ten times", Repeated("~/gone\n", 10) + "~\n", std::nullopt,
+       Repeated(temp.Path("gone") + ": No such file or directory\n" + prompt, 9) +
+           temp.Path("gone") + ": No such file or directory\nNo folder after 10 tries; cancelled.\n"},
   };
   for (const Case& c : cases) {
     SCOPED_TRACE(c.label);
