@@ -21,9 +21,13 @@ class FaultyDisk : public DiskBackend {
   bool Failed() const { return m_bFailed; }
 
   std::function<void()> m_beforeWrite;
+  std::size_t m_nBytesRead = 0;
 
   int Read(int fd, void* buffer, std::size_t count, std::size_t& moved) override {
-    return Fails(DiskCall::kRead) ? m_nError : DiskBackend::Read(fd, buffer, count, moved);
+    if (Fails(DiskCall::kRead)) return m_nError;
+    const int error = DiskBackend::Read(fd, buffer, count, moved);
+    m_nBytesRead += moved;
+    return error;
   }
   int Write(int fd, const void* buffer, std::size_t count, std::size_t& moved) override {
     if (m_beforeWrite) m_beforeWrite();

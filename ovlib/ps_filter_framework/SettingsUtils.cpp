@@ -1,7 +1,9 @@
 #include "ovlib/ps_filter_framework/SettingsUtils.h"
 
+#include <algorithm>
 #include <boost/scoped_ptr.hpp>
 #include <climits>
+#include <cstring>
 #include <map>
 #include <memory>
 #include <type_traits>
@@ -49,6 +51,53 @@ Xml::Document* ParseOrNull(const TString& text) {
   } catch (const Xml::ParsingException&) {
     return nullptr;  // not XML; it may still be a "[" text setting
   }
+}
+
+// Whether `file` can be a setting, judged by its first character alone: the "<" of XML, after a
+// byte-order mark and white space, or the "[" of the text form, right after a mark. Reads no
+// further than that character, so that a large file that is no setting is not read whole to
+// learn so. True also when it cannot tell, leaving the answer to the whole reading.
+bool CouldBeASetting(const OVFileSystemReference& file) {
+  HFSUniStr255 dataForkName;
+  SInt16 fork;
+  if (FSGetDataForkName(&dataForkName) != noErr ||
+      FSOpenFork(file, dataForkName.length, dataForkName.unicode, fsRdPerm, &fork) != noErr)
+    return true;
+  unsigned char chunk[4096];
+  std::size_t count = 0, at = 0, unit = 1;
+  bool bigEndian = false, first = true;
+  OSErr err = noErr;
+  for (bool start = true; err == noErr; start = false) {
+    // A byte left over from a unit moves to the front, and the next chunk follows it.
+    std::memmove(chunk, chunk + at, count - at);
+    count -= at;
+    at = 0;
+    ByteCount more = 0;
+    err = FSReadFork(fork, fsAtMark, 0, static_cast<ByteCount>(sizeof chunk - count), chunk + count,
+                     &more);
+    count += more;
+    // The forms ConvertFileBufferToWString reads: UTF-16 after its mark, else UTF-8, whose own
+    // mark it drops.
+    if (start && count >= 2 &&
+        ((chunk[0] == 0xFE && chunk[1] == 0xFF) || (chunk[0] == 0xFF && chunk[1] == 0xFE))) {
+      unit = at = 2;
+      bigEndian = chunk[0] == 0xFE;
+    } else if (start && count >= 3 && chunk[0] == 0xEF && chunk[1] == 0xBB && chunk[2] == 0xBF) {
+      at = 3;
+    }
+    for (; at + unit <= count; at += unit, first = false) {
+      const unsigned c = unit == 1   ? chunk[at]
+                         : bigEndian ? chunk[at] << 8 | chunk[at + 1]
+                                     : chunk[at + 1] << 8 | chunk[at];
+      if (c == ' ' || c == '\t' || c == '\r' || c == '\n') continue;
+      FSCloseFork(fork);
+      return c == '<' || (c == '[' && first);
+    }
+  }
+  FSCloseFork(fork);
+  // White space to the end is no setting; a read that failed leaves the answer to the whole
+  // reading, which fails the same way.
+  return err != eofErr;
 }
 
 // Reads `file` whole and decodes it into `text`, which is then parsed into `document` (left
@@ -126,6 +175,7 @@ int SettingsUtils::LocateFolderForSetting(const OVFileSystemReference& sourceFil
                                           TString& filterName, bool& isOldStyle,
                                           bool& needsGlimmerboxFolder) {
   needsGlimmerboxFolder = false;
+  if (!CouldBeASetting(sourceFile)) return -1;
   TString text;
   boost::scoped_ptr<Xml::Document> document;
   if (const int status = ReadSettingsFile(sourceFile, text, document)) return status;
@@ -259,7 +309,7 @@ int SettingsUtils::PackageOldSettingsFile(const OVFileSystemReference& oldSettin
   Xml::Value(root.CreateAttribute(filter_qname.c_str())).Set(OldSettingsFilterName(bytes).c_str());
   Xml::Value(root.CreateAttribute(name_qname.c_str())).Set(name.c_str());
   Xml::Value(root.CreateAttribute(set_qname.c_str())).Set(setName.c_str());
-  root.AddInto(Xml::CData(TString(bytes.begin(), bytes.end())));
+  root.AddInto(Xml::CData(TString(bytes.begin(), std::find(bytes.begin(), bytes.end(), 0))));
   std::vector<unsigned char> package;
   ConvertWStringToFileBuffer(document.GenerateXML(), package);
   return WriteBufferToDiskFile(destinationFolder, name + package_extension, package, false,
@@ -276,7 +326,8 @@ TString SettingsUtils::OldSettingsFilterName(const std::vector<unsigned char>& b
 }
 
 bool SettingsUtils::CanCarryOldSettings(const std::vector<unsigned char>& bytes) {
-  for (size_t i = 0; i < bytes.size(); ++i) {
+  // The payload ends at the first zero byte, which old settings files often end with.
+  for (size_t i = 0; i < bytes.size() && bytes[i] != 0; ++i) {
     const unsigned char byte = bytes[i];
     if (byte < 0x20 && byte != '\t' && byte != '\n' && byte != '\r') return false;
     if (byte == '>' && i >= 2 && bytes[i - 1] == ']' && bytes[i - 2] == ']') return false;

@@ -74,8 +74,8 @@ class SettingsUtils {
   // space, each byte one character.
   static TString OldSettingsFilterName(const std::vector<unsigned char>& bytes);
 
-  // Whether a package can carry `bytes` and give them back whole: a package holds them as
-  // character data, which cannot hold a zero byte, control bytes other than tab, line feed and
-  // carriage return, or the sequence "]]>".
+  // Whether a package can carry `bytes` up to their first zero byte, where its payload ends, and
+  // give them back whole: a package holds them as character data, which cannot hold control
+  // bytes other than tab, line feed and carriage return, or the sequence "]]>".
   static bool CanCarryOldSettings(const std::vector<unsigned char>& bytes);
 };

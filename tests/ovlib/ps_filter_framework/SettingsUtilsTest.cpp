@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "ovlib/ps_filter_framework/SettingsUtils.h"
+#include "tests/FaultyDisk.h"
 #include "tests/ovlib/ps_filter_framework/SettingsHome.h"
 
 namespace {
@@ -165,18 +166,60 @@ TEST_F(SettingsUtilsTest, PackageRoundTrip) {
   EXPECT_EQ(old, m_temp.Contents(result.folder + "/old setting"));
 }
 
-TEST_F(SettingsUtilsTest, FilesAPackageCannotCarryAreRefused) {
-  const std::string refused[] = {
-      "BristleDrag\rzero\0byte"s,
-      "BristleDrag\rcontrol\x01",
-      "BristleDrag\rends]]>early",
+// A package carries an old file up to its first zero byte; before that, what character data
+// cannot hold is refused.
+TEST_F(SettingsUtilsTest, PackagesUpToTheFirstZeroByte) {
+  struct Case {
+    std::string old;
+    int status;
+    std::string unpacked;
   };
-  for (const std::string& old : refused) {
-    SCOPED_TRACE(old);
-    OVFileSystemReference package;
-    EXPECT_EQ(-1, SettingsUtils::PackageOldSettingsFile(Input("old", old), Ref("in"), package));
-    EXPECT_FALSE(std::filesystem::exists(m_temp.Path("in/old.f1s")));
+  const Case cases[] = {
+      {"BristleDrag\rends with a zero\r\0"s, 0, "BristleDrag\rends with a zero\r"},
+      {"BristleDrag\rzero\0\x01]]> after it"s, 0, "BristleDrag\rzero"},
+      {"BristleDrag\rcontrol\x01", -1, ""},
+      {"BristleDrag\rends]]>early\0", -1, ""},
+  };
+  OVFileSystemReference folder = Ref("in");
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.old);
+    std::filesystem::remove(m_temp.Path("in/old.f1s"));
+    OVFileSystemReference package, unpacked;
+    EXPECT_EQ(c.status,
+              SettingsUtils::PackageOldSettingsFile(Input("old", c.old), folder, package));
+    EXPECT_EQ(c.status == 0, std::filesystem::exists(m_temp.Path("in/old.f1s")));
+    if (c.status != 0) continue;
+    ASSERT_EQ(0, SettingsUtils::UnpackageOldSettingsFile(package, folder, unpacked));
+    EXPECT_EQ(c.unpacked, m_temp.Contents("in/old"));
   }
+}
+
+// A file that cannot be a setting by its first character is answered without reading it whole;
+// one that can is read as before.
+TEST_F(SettingsUtilsTest, WhatCannotBeASettingIsNotReadWhole) {
+  const std::pair<const char*, std::string> cases[] = {
+      // Each is followed by enough zeros to fill 64 MB.
+      {"zeros", ""},
+      {"white space, then not XML", "  \r\nx"},
+      {"utf-16 zeros after a mark", "\xFF\xFE"},
+      {"a text setting's bracket after spaces", "  ["},
+  };
+  for (const auto& [label, head] : cases) {
+    SCOPED_TRACE(label);
+    m_temp.Write("in/setting", head);
+    std::filesystem::resize_file(m_temp.Path("in/setting"), 64 << 20);
+    FaultyDisk disk;
+    ScopedDiskBackend counted(disk);
+    OVFileSystemReference destination;
+    TString settingName, setName, filterName;
+    bool isOldStyle, needsGlimmerboxFolder;
+    EXPECT_EQ(-1, SettingsUtils::LocateFolderForSetting(Ref("in/setting"), destination, settingName,
+                                                        setName, filterName, isOldStyle,
+                                                        needsGlimmerboxFolder));
+    EXPECT_GE(4096u, disk.m_nBytesRead);
+  }
+  // White space before the root of an XML setting is still white space.
+  EXPECT_EQ(0, Examine(" \r\n<setting set=\"Daubery\" filter=\"F\"/>").status);
 }
 
 TEST_F(SettingsUtilsTest, UnpacksWhatAReaderAccepts) {
