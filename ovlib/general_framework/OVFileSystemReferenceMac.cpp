@@ -57,27 +57,20 @@ OSErr TakeName(const FSRef* folder, UniCharCount nameLength, const UniChar* name
                const FSRef* temporary, FSRef* newFile) {
   OSErr err = noErr;
   for (int attempt = 0; attempt < 3; ++attempt) {
+    err = FSRenameUnicode(temporary, nameLength, name, kTextEncodingUnicodeDefault, newFile);
+    if (err != dupFNErr || !replace) return err;
     FSRef existing;
     err = FSMakeFSRefUnicode(folder, nameLength, name, kTextEncodingUnicodeDefault, &existing);
-    if (err == fnfErr) {
-      err = FSRenameUnicode(temporary, nameLength, name, kTextEncodingUnicodeDefault, newFile);
-    } else if (err == noErr) {
-      err = replace ? FSReplaceObject(&existing, temporary, nullptr, nullptr, nullptr,
-                                      kFSReplaceObjectReplaceMetadata, newFile)
-                    : dupFNErr;
-    }
-    if (!replace || (err != dupFNErr && err != fnfErr)) return err;
+    if (err == fnfErr) continue;
+    if (err != noErr) return err;
+    err = FSReplaceObject(&existing, temporary, nullptr, nullptr, nullptr,
+                          kFSReplaceObjectReplaceMetadata, newFile);
+    if (err != fnfErr) return err;
   }
   return err;
 }
 
 }  // namespace
-
-bool operator==(const OVFileVersion& a, const OVFileVersion& b) {
-  return a.m_nLength == b.m_nLength && a.m_modified.highSeconds == b.m_modified.highSeconds &&
-         a.m_modified.lowSeconds == b.m_modified.lowSeconds &&
-         a.m_modified.fraction == b.m_modified.fraction;
-}
 
 OVFileSystemReference::OVFileSystemReference() { std::memset(&m_fsRef, 0, sizeof m_fsRef); }
 
@@ -163,6 +156,14 @@ int OVFileSystemReference::GetVersion(OVFileVersion& version) const {
   return 0;
 }
 
+bool OVFileSystemReference::HasVersion(const OVFileVersion& version) const {
+  OVFileVersion now;
+  return GetVersion(now) == 0 && now.m_nLength == version.m_nLength &&
+         now.m_modified.highSeconds == version.m_modified.highSeconds &&
+         now.m_modified.lowSeconds == version.m_modified.lowSeconds &&
+         now.m_modified.fraction == version.m_modified.fraction;
+}
+
 int OVFileSystemReference::Copy(const OVFileSystemReference& destinationFolder,
                                 OVFileSystemReference& newFile, bool overwrite,
                                 const OVFileVersion* sourceVersion) const {
@@ -188,9 +189,7 @@ int OVFileSystemReference::Copy(const OVFileSystemReference& destinationFolder,
         copyErr = FSCopyFork(sourceFork, destinationFork, buffer, sizeof buffer);
         FSCloseFork(sourceFork);
         // Data written to the source meanwhile may not be what the caller saw in it.
-        OVFileVersion now;
-        if (copyErr == noErr && sourceVersion != nullptr &&
-            (GetVersion(now) != 0 || now != *sourceVersion))
+        if (copyErr == noErr && sourceVersion != nullptr && !HasVersion(*sourceVersion))
           copyErr = ioErr;
         return copyErr;
       });

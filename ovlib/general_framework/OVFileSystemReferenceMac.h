@@ -9,13 +9,11 @@
 #include "platform/Files.h"
 #include "xmlparser/TString.h"
 
-// One state of a file's data: its length and the moment it was last written. Two equal versions
-// of one reference mean that nothing was written to the file in between.
+// One state of a file's data: its length and the moment it was last written.
 struct OVFileVersion {
   UInt64 m_nLength = 0;
   UTCDateTime m_modified = {};
 };
-bool operator==(const OVFileVersion& a, const OVFileVersion& b);
 
 class OVFileSystemReference {
  public:
@@ -51,6 +49,8 @@ class OVFileSystemReference {
   int GetName(TString& name) const;
   // The present state of this file's data.
   int GetVersion(OVFileVersion& version) const;
+  // Whether this file's data is still in the state `version`: nothing was written to it since.
+  bool HasVersion(const OVFileVersion& version) const;
   // Copies this file's data into a new file of the same name in `destinationFolder`, typed
   // 'TEXT' with creator four spaces, and puts it in `newFile`. The copy is made whole under a
   // temporary name and then takes the name in one step: with `overwrite` it takes the place of an

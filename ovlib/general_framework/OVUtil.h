@@ -33,8 +33,8 @@ TString TStringParamReplaceCounted(const TString* templateText, const wchar_t* c
 
 // The same for the texts given, however many: TStringParamReplace(&question, fileName.c_str()).
 template <typename... Texts>
-requires(std::is_convertible_v<Texts, const wchar_t*>&&...) TString
-    TStringParamReplace(const TString* templateText, Texts... texts) {
+TString TStringParamReplace(const TString* templateText, Texts... texts) {
+  static_assert((std::is_convertible_v<Texts, const wchar_t*> && ...), "texts are wide strings");
   const wchar_t* const all[] = {texts..., nullptr};
   return TStringParamReplaceCounted(templateText, all, sizeof...(texts));
 }

@@ -280,9 +280,7 @@ int SettingsUtils::UnpackageOldSettingsFile(OVFileSystemReference& packageFile,
   if (const int status = ReadSettingsFile(packageFile, text, document)) return status;
   if (!document || document->GetRoot().GetName() != oldstyle_setting_qname) return -1;
   // A package written since it was examined may carry another setting than the one shown.
-  OVFileVersion now;
-  if (packageVersion != nullptr && (packageFile.GetVersion(now) != 0 || now != *packageVersion))
-    return -1;
+  if (packageVersion != nullptr && !packageFile.HasVersion(*packageVersion)) return -1;
   const Xml::Element& root = document->GetRoot();
   const TString name = root.GetAttribute(name_qname.c_str()).GetValue();
   const TString payload = root.GetCData(0).GetData();
