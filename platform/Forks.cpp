@@ -176,7 +176,7 @@ OSErr FSGetForkSize(SInt16 forkRefNum, SInt64* forkSize) {
 OSErr FSSetForkSize(SInt16 forkRefNum, UInt16 positionMode, SInt64 positionOffset) {
   const int fd = DescriptorOf(forkRefNum);
   if (fd < 0) return rfNumErr;
-  SInt64 size;
+  SInt64 size = 0;
   const OSErr err = PositionOf(fd, positionMode, positionOffset, size);
   if (err != noErr) return err;
   return ftruncate(fd, size) == 0 ? noErr : MacErrorFromErrno(errno);
@@ -187,7 +187,7 @@ OSErr FSAllocateFork(SInt16 forkRefNum, FSAllocationFlags, UInt16 positionMode,
   if (actualCount != nullptr) *actualCount = 0;
   const int fd = DescriptorOf(forkRefNum);
   if (fd < 0) return rfNumErr;
-  SInt64 start;
+  SInt64 start = 0;
   const OSErr err = PositionOf(fd, positionMode, positionOffset, start);
   if (err != noErr) return err;
   if (requestCount > static_cast<UInt64>(INT64_MAX - start)) return dskFulErr;
