@@ -1,6 +1,7 @@
 // CFPreferences.cpp: reading a user's preferences, which live in XML property lists, and the
 // type identifiers that tell their values apart.
 #include <fstream>
+#include <functional>
 #include <iterator>
 #include <map>
 #include <memory>
@@ -66,7 +67,7 @@ std::vector<UniChar> Utf16(const TString& text) {
 
 // The value that a property list element stands for; null for an element that is not a value.
 Owned ValueOf(const Xml::Element& element) {
-  static const std::map<TString, CFTypeID> kinds = {
+  static const std::map<TString, CFTypeID, std::less<>> kinds = {
       {L"integer", kNumberTypeID}, {L"real", kNumberTypeID}, {L"true", kBooleanTypeID},
       {L"false", kBooleanTypeID},  {L"array", kArrayTypeID}, {L"dict", kDictionaryTypeID},
       {L"date", kDateTypeID},      {L"data", kDataTypeID},

@@ -1,14 +1,15 @@
 #include "xmlparser/Attribute.h"
 
 #include <memory>
-#include <utility>
 
 #include "xmlparser/Private.h"
 
 namespace Xml {
 
-Attribute::Attribute(NodeContainer& parent, TString name)
-    : NodeContainer(parent, std::move(name)) {}
+Attribute::Attribute(NodeContainer& parent, std::wstring_view name) : NodeContainer(parent, name) {}
+
+Attribute::Attribute(NodeContainer& parent, const StoredText& name, ArenaKey)
+    : NodeContainer(parent, name, kInArena) {}
 
 TString Attribute::GetData() const { return GetValue(); }
 

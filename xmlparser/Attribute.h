@@ -2,6 +2,8 @@
 // so that the parser keeps references as written; GetValue() gives the text they stand for.
 #pragma once
 
+#include <string_view>
+
 #include "xmlparser/Node.h"
 
 namespace Xml {
@@ -14,7 +16,9 @@ class Attribute : public NodeContainer {
   // The failed attribute lookup: no children, so its value is empty.
   static Attribute null;
 
-  Attribute(NodeContainer& parent, TString name);
+  Attribute(NodeContainer& parent, std::wstring_view name);
+  // An attribute of a parsed document, in its arena.
+  Attribute(NodeContainer& parent, const StoredText& name, ArenaKey);
 
   TString GetData() const override;  // the same as GetValue()
   // The children's values concatenated, leading and trailing white space trimmed; inner runs

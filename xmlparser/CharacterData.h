@@ -2,6 +2,8 @@
 // processing instructions. Each holds its content exactly as written, without delimiters.
 #pragma once
 
+#include <string_view>
+
 #include "xmlparser/Node.h"
 
 namespace Xml {
@@ -10,66 +12,72 @@ class Parser;
 
 class Text : public Node {
  public:
-  Text(NodeContainer& parent, TString text);
-  explicit Text(TString text);
+  Text(NodeContainer& parent, std::wstring_view text);
+  explicit Text(std::wstring_view text);
+  Text(NodeContainer& parent, const StoredText& text, ArenaKey);
+  ~Text() override;
 
-  TString GetData() const override { return m_strText; }
-  TString GetValue() const override { return m_strText; }
+  TString GetData() const override { return TString(GetText()); }
+  TString GetValue() const override { return TString(GetText()); }
   bool IsKindOf(int kind) const override;
   Node& CloneNode(NodeContainer& parent) const override;
   void GenerateXML(GenerateContext& context) const override;
 
   Text& Clone(NodeContainer& parent) const;
-  const TString& GetText() const { return m_strText; }
+  std::wstring_view GetText() const { return m_pText->View(); }
 
  private:
-  TString m_strText;
+  const StoredText* m_pText;
 };
 
 class CData : public Node {
  public:
   static CData null;
 
-  CData(NodeContainer& parent, TString text);
-  explicit CData(TString text);
+  CData(NodeContainer& parent, std::wstring_view text);
+  explicit CData(std::wstring_view text);
+  CData(NodeContainer& parent, const StoredText& text, ArenaKey);
+  ~CData() override;
 
   // "<![CDATA[" text "]]>"; null when no section starts here.
   static CData* Parse(Parser& parser, NodeContainer& parent);
 
-  TString GetData() const override { return m_strText; }
-  TString GetValue() const override { return m_strText; }
+  TString GetData() const override { return TString(GetText()); }
+  TString GetValue() const override { return TString(GetText()); }
   bool IsKindOf(int kind) const override;
   Node& CloneNode(NodeContainer& parent) const override;
   void GenerateXML(GenerateContext& context) const override;
 
   CData& Clone(NodeContainer& parent) const;
-  const TString& GetText() const { return m_strText; }
+  std::wstring_view GetText() const { return m_pText->View(); }
 
  private:
-  TString m_strText;
+  const StoredText* m_pText;
 };
 
 class Comment : public Node {
  public:
   static Comment null;
 
-  Comment(NodeContainer& parent, TString text);
-  explicit Comment(TString text);
+  Comment(NodeContainer& parent, std::wstring_view text);
+  explicit Comment(std::wstring_view text);
+  Comment(NodeContainer& parent, const StoredText& text, ArenaKey);
+  ~Comment() override;
 
   // "<!--" text "-->"; null when no comment starts here.
   static Comment* Parse(Parser& parser, NodeContainer& parent);
 
-  TString GetData() const override { return m_strText; }
-  TString GetValue() const override { return m_strText; }
+  TString GetData() const override { return TString(GetText()); }
+  TString GetValue() const override { return TString(GetText()); }
   bool IsKindOf(int kind) const override;
   Node& CloneNode(NodeContainer& parent) const override;
   void GenerateXML(GenerateContext& context) const override;
 
   Comment& Clone(NodeContainer& parent) const;
-  const TString& GetText() const { return m_strText; }
+  std::wstring_view GetText() const { return m_pText->View(); }
 
  private:
-  TString m_strText;
+  const StoredText* m_pText;
 };
 
 // A processing instruction: its name is the target, its data everything after the target and
@@ -78,25 +86,27 @@ class Pi : public Node {
  public:
   static Pi null;
 
-  Pi(NodeContainer& parent, TString target, TString data);
-  Pi(TString target, TString data);
+  Pi(NodeContainer& parent, std::wstring_view target, std::wstring_view data);
+  Pi(std::wstring_view target, std::wstring_view data);
+  Pi(NodeContainer& parent, const StoredText& target, const StoredText& data, ArenaKey);
+  ~Pi() override;
 
   // "<?" target, data "?>"; null when no processing instruction starts here.
   static Pi* Parse(Parser& parser, NodeContainer& parent);
   // A name that is not "xml" in any mix of cases (error 25).
   static bool ParsePITarget(Parser& parser, TString& target);
 
-  TString GetData() const override { return m_strData; }
-  TString GetValue() const override { return m_strData; }
+  TString GetData() const override { return TString(m_pData->View()); }
+  TString GetValue() const override { return TString(m_pData->View()); }
   bool IsKindOf(int kind) const override;
   Node& CloneNode(NodeContainer& parent) const override;
   void GenerateXML(GenerateContext& context) const override;
 
   Pi& Clone(NodeContainer& parent) const;
-  const TString& GetTarget() const { return GetName(); }
+  std::wstring_view GetTarget() const { return GetName(); }
 
  private:
-  TString m_strData;
+  const StoredText* m_pData;
 };
 
 }  // namespace Xml

@@ -1,6 +1,6 @@
 // The grammar inside elements: tags, attributes, character data, references, comments, CDATA
 // sections and processing instructions, and which node each becomes.
-#include <memory>
+#include <string_view>
 
 #include "xmlparser/Attribute.h"
 #include "xmlparser/CharacterData.h"
@@ -24,10 +24,7 @@ void SkipPlainCharacters(Parser& parser) {
     if ((static_cast<int>(c) < 32 && c != L'\t') || ((c == Stops) || ...)) break;
     ++p;
   }
-  if (p == parser.m_pCurrent) return;
-  parser.m_nColumn += static_cast<int>(p - parser.m_pCurrent);
-  parser.m_nPrevColumn = parser.m_nColumn - 1;
-  parser.m_pCurrent = p;
+  parser.Advance(p);
 }
 
 // Reads up to and including `terminator` (whose first character is `first`), as comments,
@@ -47,43 +44,43 @@ void ReadUpTo(Parser& parser, const wchar_t* terminator) {
 }
 
 // Reads a name and tells whether it equals `expected`, without cutting it out of the text.
-bool ParseNameEqualTo(Parser& parser, const TString& expected, bool& equal) {
-  const wchar_t* start = parser.m_pCurrent;
-  if (!Private::SkipName(parser)) return false;
-  const wchar_t* end = parser.m_pCurrent < parser.m_pEnd ? parser.m_pCurrent : parser.m_pEnd;
-  equal = expected.compare(0, TString::npos, start, end - start) == 0;
+bool ParseNameEqualTo(Parser& parser, std::wstring_view expected, bool& equal) {
+  std::wstring_view name;
+  if (!Private::ScanName(parser, name)) return false;
+  equal = name == expected;
   return true;
 }
 
 }  // namespace
 
+// Parsed nodes live in the document's arena, which the document releases whether or not the
+// parse completes: nothing here owns what it makes.
 Element* Element::Parse(Parser& parser, NodeContainer& parent) {
   bool isEmpty;
-  std::unique_ptr<Element> element(ParseTagBegining(parser, isEmpty, parent));
-  if (element && !isEmpty) element->ParseContentETag(parser);
-  return element.release();
+  Element* element = ParseTagBegining(parser, isEmpty, parent);
+  if (element != nullptr && !isEmpty) element->ParseContentETag(parser);
+  return element;
 }
 
 Element* Element::ParseTagBegining(Parser& parser, bool& isEmpty, NodeContainer& parent) {
   isEmpty = false;
   if (!parser.ParseChar(L'<')) return nullptr;
-  TString name;
-  if (!parser.ParseName(name)) parser.SyntaxError(PARSE_INVALID_TAG_NAME);
-  std::unique_ptr<Element> element(new Element(parent, std::move(name)));
+  std::wstring_view name;
+  if (!Private::ScanName(parser, name)) parser.SyntaxError(PARSE_INVALID_TAG_NAME);
+  Element* element = parser.Make<Element>(parent, parser.Intern(name));
   while (parser.ParseSpaces()) {
-    std::unique_ptr<Attribute> attribute(Attribute::Parse(parser, *element));
-    if (!attribute) break;
-    element->HandleSpecialAttributes(attribute.get());
-    element->m_attributes.push_back(attribute.get());
-    attribute.release();
+    Attribute* attribute = Attribute::Parse(parser, *element);
+    if (attribute == nullptr) break;
+    element->HandleSpecialAttributes(attribute);
+    element->AppendAttribute(attribute);
   }
   switch (parser.NextChar()) {
     case L'>':
-      return element.release();
+      return element;
     case L'/':
       if (parser.NextChar() != L'>') parser.SyntaxError(PARSE_INVALID_EMPTY_TAG);
       isEmpty = true;
-      return element.release();
+      return element;
     default:
       parser.SyntaxError(PARSE_INVALID_END_TAG);
   }
@@ -102,9 +99,9 @@ bool Element::ParseContentETag(Parser& parser) {
         current.AddText(text, 0);
         if (current.ParseMarkup(parser, open)) {
           if (open.empty()) return true;
-          Element* closed = open.back().release();
+          Element* closed = open.back();
           open.pop_back();
-          (open.empty() ? *this : *open.back()).Add(closed);
+          (open.empty() ? *this : *open.back()).Append(closed);
         }
         text.Reset();
         break;
@@ -126,26 +123,29 @@ bool Element::ParseContentETag(Parser& parser) {
 }
 
 bool Element::ParseMarkup(Parser& parser, OpenElements& open) {
-  if (ParseETag(parser)) return true;
-  if (Comment* comment = Comment::Parse(parser, *this)) {
-    Add(comment);
-    return false;
+  // The character after "<" tells which markup can stand here; where none of the others
+  // starts, it is a start tag (or an error there).
+  const wchar_t* next = parser.m_pCurrent + 1;
+  const wchar_t after = next < parser.m_pEnd ? *next : 0;
+  if (after == L'/') return ParseETag(parser);
+  Node* markup = nullptr;
+  if (after == L'!') {
+    markup = Comment::Parse(parser, *this);
+    if (markup == nullptr) markup = CData::Parse(parser, *this);
+  } else if (after == L'?') {
+    markup = Pi::Parse(parser, *this);
   }
-  if (CData* cdata = CData::Parse(parser, *this)) {
-    Add(cdata);
-    return false;
-  }
-  if (Pi* pi = Pi::Parse(parser, *this)) {
-    Add(pi);
+  if (markup != nullptr) {
+    Append(markup);
     return false;
   }
   bool isEmpty;
-  std::unique_ptr<Element> child(ParseTagBegining(parser, isEmpty, *this));
-  if (!child) parser.SyntaxError(PARSE_UNKNOWN_MARKUP);
+  Element* child = ParseTagBegining(parser, isEmpty, *this);
+  if (child == nullptr) parser.SyntaxError(PARSE_UNKNOWN_MARKUP);
   if (isEmpty) {
-    Add(child.release());
+    Append(child);
   } else {
-    open.push_back(std::move(child));
+    open.push_back(child);
   }
   return false;
 }
@@ -163,21 +163,20 @@ bool Element::ParseETag(Parser& parser) {
 void Element::ParseReference(Parser& parser) {
   Reference* reference = Reference::Parse(parser, *this);
   if (reference == nullptr) parser.SyntaxError(PARSE_INVALID_REFERENCE);
-  Add(reference);
+  Append(reference);
 }
 
 void Element::HandleSpecialAttributes(const Attribute* attribute) {
-  if (attribute->GetName() == L"xml:space")
-    m_bPreserveSpaces = attribute->GetValue() == L"preserve";
+  if (attribute->GetName() == L"xml:space") SetPreserveSpaces(attribute->GetValue() == L"preserve");
 }
 
 Attribute* Attribute::Parse(Parser& parser, Element& element) {
-  TString name;
-  if (!parser.ParseName(name)) return nullptr;
+  std::wstring_view name;
+  if (!Private::ScanName(parser, name)) return nullptr;
   if (!parser.ParseEq()) parser.SyntaxError(PARSE_NO_EQUAL_SIGN);
-  std::unique_ptr<Attribute> attribute(new Attribute(element, std::move(name)));
+  Attribute* attribute = parser.Make<Attribute>(element, parser.Intern(name));
   if (!attribute->ParseAttValue(parser)) parser.SyntaxError(PARSE_INVALID_ATTRIBUTE_VALUE);
-  return attribute.release();
+  return attribute;
 }
 
 bool Attribute::ParseAttValue(Parser& parser) {
@@ -200,7 +199,7 @@ bool Attribute::ParseAttValue(Parser& parser) {
         AddText(text, 0);
         Reference* reference = Reference::Parse(parser, *this);
         if (reference == nullptr) parser.SyntaxError(PARSE_INVALID_REFERENCE);
-        Add(reference);
+        Append(reference);
         text.Reset();
         break;
       }
@@ -219,18 +218,14 @@ Comment* Comment::Parse(Parser& parser, NodeContainer& parent) {
   Bookmark start(parser);
   ReadUpTo<L'-'>(parser, L"--");
   if (!parser.ParseChar(L'>')) parser.SyntaxError(PARSE_DOUBLE_HYPHEN_IN_COMMENT);
-  TString text;
-  start.GetSubString(text, 3);
-  return new Comment(parent, std::move(text));
+  return parser.Make<Comment>(parent, parser.Copy(start.GetSpan(3)));
 }
 
 CData* CData::Parse(Parser& parser, NodeContainer& parent) {
   if (!parser.ParseString(L"<![CDATA[")) return nullptr;
   Bookmark start(parser);
   ReadUpTo<L']'>(parser, L"]]>");
-  TString text;
-  start.GetSubString(text, 3);
-  return new CData(parent, std::move(text));
+  return parser.Make<CData>(parent, parser.Copy(start.GetSpan(3)));
 }
 
 Pi* Pi::Parse(Parser& parser, NodeContainer& parent) {
@@ -240,9 +235,7 @@ Pi* Pi::Parse(Parser& parser, NodeContainer& parent) {
   parser.ParseSpaces();
   Bookmark start(parser);
   ReadUpTo<L'?'>(parser, L"?>");
-  TString data;
-  start.GetSubString(data, 2);
-  return new Pi(parent, std::move(target), std::move(data));
+  return parser.Make<Pi>(parent, parser.Intern(target), parser.Copy(start.GetSpan(2)));
 }
 
 bool Pi::ParsePITarget(Parser& parser, TString& target) {
@@ -274,18 +267,18 @@ CharRef* CharRef::Parse(Parser& parser, NodeContainer& parent) {
   if (number != 9 && number != 10 && number != 13 && number < 32) {
     parser.SyntaxError(PARSE_ILLEGAL_CHARACTER);
   }
-  return new CharRef(parent, number);
+  return parser.Make<CharRef>(parent, number);
 }
 
 EntityRef* EntityRef::Parse(Parser& parser, NodeContainer& parent) {
   if (!parser.ParseChar(L'&')) return nullptr;
-  TString name;
-  if (!parser.ParseName(name) || !parser.ParseChar(L';')) {
+  std::wstring_view name;
+  if (!Private::ScanName(parser, name) || !parser.ParseChar(L';')) {
     parser.SyntaxError(PARSE_INVALID_REFERENCE);
   }
-  std::unique_ptr<EntityRef> reference(new EntityRef(parent, std::move(name)));
-  if (!reference->MapReferenceName()) parser.SyntaxError(PARSE_UNKNOWN_ENTITY);
-  return reference.release();
+  const wchar_t character = CharacterOf(name);
+  if (character == 0) parser.SyntaxError(PARSE_UNKNOWN_ENTITY);
+  return parser.Make<EntityRef>(parent, parser.Intern(name), character);
 }
 
 }  // namespace Xml

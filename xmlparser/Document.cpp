@@ -8,7 +8,7 @@
 namespace Xml {
 
 Document::Document()
-    : NodeContainer(Node::null, L"#document"),
+    : NodeContainer(Node::null, Private::s_documentName.text, 0),
       m_strVersion(L"1.0"),
       m_strEncoding(L"UTF-16"),
       m_bStandalone(true),
@@ -20,7 +20,8 @@ Document::Document(const wchar_t* rootName) : Document() {
   Add(m_pRoot);
 }
 
-Document::~Document() = default;
+// The children go before the arena that most of them live in.
+Document::~Document() { DeleteChildren(); }
 
 TString Document::GetData() const { return TString(); }
 

@@ -1,7 +1,9 @@
 // Document.h: a whole XML document: the values of its XML declaration and its children, the
-// root element among them. Whoever creates or parses a document owns it.
+// root element among them. Whoever creates or parses a document owns it. A parsed document
+// also holds the memory of its parsed nodes, released with it.
 #pragma once
 
+#include "xmlparser/Arena.h"
 #include "xmlparser/Dtd.h"
 #include "xmlparser/Node.h"
 
@@ -65,6 +67,7 @@ class Document : public NodeContainer {
   bool m_bStandalone;
   Element* m_pRoot;  // one of the children, owned through them
   Dtd m_dtd;
+  Arena m_arena;  // the parsed nodes; empty for a document built by hand
 };
 
 }  // namespace Xml

@@ -41,11 +41,13 @@ bool ParsePseudoAttribute(Parser& parser, const wchar_t* keyword, PARSER_ERROR q
 
 Document* Document::Parse(Parser& parser) {
   std::unique_ptr<Document> document(new Document());
+  parser.m_pArena = &document->m_arena;
   document->ParseProlog(parser);
   document->ParseRootElement(parser);
   document->ParseMiscs(parser);
   // A NUL character ends the text as its end does.
   if (parser.NextChar() != 0) parser.SyntaxError(PARSE_DATA_AFTER_ROOT);
+  parser.m_pArena = nullptr;
   return document.release();
 }
 
@@ -97,11 +99,11 @@ bool Document::ParseSDDecl(Parser& parser, bool& standalone) {
 
 bool Document::ParseMisc(Parser& parser) {
   if (Comment* comment = Comment::Parse(parser, *this)) {
-    Add(comment);
+    Append(comment);
     return true;
   }
   if (Pi* pi = Pi::Parse(parser, *this)) {
-    Add(pi);
+    Append(pi);
     return true;
   }
   return parser.ParseSpaces();
@@ -115,7 +117,7 @@ void Document::ParseMiscs(Parser& parser) {
 void Document::ParseRootElement(Parser& parser) {
   Element* root = Element::Parse(parser, *this);
   if (root == nullptr) parser.SyntaxError(PARSE_NO_ROOT);
-  Add(root);
+  Append(root);
   m_pRoot = root;
 }
 

@@ -25,14 +25,18 @@ const T& As(const N& node) {
 
 }  // namespace
 
-Element::Element(NodeContainer& parent, TString name)
-    : NodeContainer(parent, std::move(name)), m_bPreserveSpaces(false) {}
+Element::Element(NodeContainer& parent, std::wstring_view name) : NodeContainer(parent, name) {
+  m_nFlags |= kElement;
+}
 
-Element::Element(TString name) : Element(Node::null, std::move(name)) {}
+Element::Element(std::wstring_view name) : Element(Node::null, name) {}
+
+Element::Element(NodeContainer& parent, const StoredText& name, ArenaKey)
+    : NodeContainer(parent, name, kInArena | kElement) {}
 
 Element::~Element() {
-  Children attributes(m_attributes.begin(), m_attributes.end());
-  m_attributes.clear();
+  Node* attributes = m_pFirstAttribute;
+  m_pFirstAttribute = m_pLastAttribute = nullptr;
   DestroyNodes(attributes);
 }
 
@@ -73,18 +77,30 @@ const Comment& Element::GetComment(unsigned long index) const {
   return As<Comment>(GetChild(index, NODE_COMMENT));
 }
 
+unsigned long Element::GetAttributeCount() const {
+  unsigned long count = 0;
+  for (const Node* attribute = m_pFirstAttribute; attribute != nullptr;
+       attribute = attribute->m_pNext) {
+    ++count;
+  }
+  return count;
+}
+
 Attribute& Element::GetAttribute(unsigned long index) {
-  return index < m_attributes.size() ? *m_attributes[index] : Attribute::null;
+  return const_cast<Attribute&>(std::as_const(*this).GetAttribute(index));
 }
 const Attribute& Element::GetAttribute(unsigned long index) const {
-  return index < m_attributes.size() ? *m_attributes[index] : Attribute::null;
+  const Node* attribute = m_pFirstAttribute;
+  for (; attribute != nullptr && index > 0; --index) attribute = attribute->m_pNext;
+  return attribute != nullptr ? static_cast<const Attribute&>(*attribute) : Attribute::null;
 }
 Attribute& Element::GetAttribute(const wchar_t* name) {
   return const_cast<Attribute&>(std::as_const(*this).GetAttribute(name));
 }
 const Attribute& Element::GetAttribute(const wchar_t* name) const {
-  for (const Attribute* attribute : m_attributes) {
-    if (attribute->GetName().compare(name) == 0) return *attribute;
+  for (const Node* attribute = m_pFirstAttribute; attribute != nullptr;
+       attribute = attribute->m_pNext) {
+    if (attribute->GetName() == name) return static_cast<const Attribute&>(*attribute);
   }
   return Attribute::null;
 }
@@ -100,9 +116,14 @@ Attribute& Element::CreateAttribute(const wchar_t* name) {
   if (IsNullObject(*this)) return Attribute::null;
   Attribute& existing = GetAttribute(name);
   if (!IsNullObject(existing)) return existing;
-  std::unique_ptr<Attribute> attribute(new Attribute(*this, name));
-  m_attributes.push_back(attribute.get());
-  return *attribute.release();
+  Attribute* attribute = new Attribute(*this, name);
+  AppendAttribute(attribute);
+  NoteLinked(*attribute);
+  return *attribute;
+}
+
+void Element::AppendAttribute(Attribute* attribute) {
+  Link(m_pFirstAttribute, m_pLastAttribute, m_pLastAttribute, attribute);
 }
 
 Element& Element::AddElementInto(const wchar_t* name) {

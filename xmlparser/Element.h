@@ -2,7 +2,7 @@
 // operations that create elements and attributes. A null object refuses every creation.
 #pragma once
 
-#include <memory>
+#include <string_view>
 #include <vector>
 
 #include "xmlparser/Node.h"
@@ -20,8 +20,10 @@ class Element : public NodeContainer {
   // The failed element lookup, the parent of every parentless node, and its own parent.
   static Element null;
 
-  Element(NodeContainer& parent, TString name);
-  explicit Element(TString name);
+  Element(NodeContainer& parent, std::wstring_view name);
+  explicit Element(std::wstring_view name);
+  // An element of a parsed document, in its arena.
+  Element(NodeContainer& parent, const StoredText& name, ArenaKey);
   // Destroys the attributes, in order, then the children.
   ~Element() override;
 
@@ -36,8 +38,10 @@ class Element : public NodeContainer {
   // A deep copy of the children without the attributes; the copy does not preserve spaces.
   Element& Clone(NodeContainer& parent) const;
 
-  bool PreservesSpaces() const { return m_bPreserveSpaces; }
-  void SetPreserveSpaces(bool preserve) { m_bPreserveSpaces = preserve; }
+  bool PreservesSpaces() const { return (m_nFlags & kPreservesSpaces) != 0; }
+  void SetPreserveSpaces(bool preserve) {
+    m_nFlags = preserve ? m_nFlags | kPreservesSpaces : m_nFlags & ~kPreservesSpaces;
+  }
 
   // Typed lookups: the child numbered `index` (from 0) among the matching ones, or the null
   // object of the type.
@@ -52,7 +56,7 @@ class Element : public NodeContainer {
   const Comment& GetComment(unsigned long index) const;
 
   // The attribute at `index`, or the first one named `name`; Attribute::null when absent.
-  unsigned long GetAttributeCount() const { return m_attributes.size(); }
+  unsigned long GetAttributeCount() const;
   Attribute& GetAttribute(unsigned long index);
   const Attribute& GetAttribute(unsigned long index) const;
   Attribute& GetAttribute(const wchar_t* name);
@@ -89,8 +93,8 @@ class Element : public NodeContainer {
   // The grammar of elements. Elements nested in the one being read are held in an explicit
   // stack of open elements, innermost last, rather than in recursion, so that the depth of a
   // document never reaches the machine stack; each is linked into its parent when its end tag
-  // has been read.
-  typedef std::vector<std::unique_ptr<Element>> OpenElements;
+  // has been read. They live in the document's arena until then.
+  typedef std::vector<Element*> OpenElements;
 
   // A whole element, content and end tag included; null when no "<" stands here.
   static Element* Parse(Parser& parser, NodeContainer& parent);
@@ -116,8 +120,12 @@ class Element : public NodeContainer {
   bool GenerateStartTag(GenerateContext& context) const;
   void GenerateEndTag(GenerateContext& context) const;
 
-  std::vector<Attribute*> m_attributes;
-  bool m_bPreserveSpaces;
+  void AppendAttribute(Attribute* attribute);
+
+  // The attributes, linked through their next pointers as children are; whether spaces are
+  // preserved is a flag of the node.
+  Node* m_pFirstAttribute = nullptr;
+  Node* m_pLastAttribute = nullptr;
 };
 
 template <class T>

@@ -2,6 +2,8 @@
 // and the little layout state that decides where line feeds and indentation go.
 #pragma once
 
+#include <string_view>
+
 #include "xmlparser/TString.h"
 
 namespace Xml {
@@ -24,6 +26,7 @@ class GenerateContext {
   int GetLevel() const { return m_nLevel; }
 
   void Write(const TString& text);
+  void Write(std::wstring_view text);
   void Write(const wchar_t* text);
   void Write(const wchar_t* text, size_t length);
 

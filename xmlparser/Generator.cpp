@@ -19,11 +19,15 @@ const wchar_t s_szEscaped[] = L"<>&'\"";
 
 // A CDATA section, comment or processing instruction: markup that stands on a line of its own
 // when formatting and closes itself.
-void GenerateClosedMarkup(GenerateContext& context, const wchar_t* open, const TString& content,
-                          const wchar_t* close) {
+void GenerateClosedMarkup(GenerateContext& context, const wchar_t* open, std::wstring_view content,
+                          const wchar_t* close, std::wstring_view more = {}) {
   context.GenerateStartTagIndentation();
   context.Write(open);
   context.Write(content);
+  if (!more.empty()) {
+    context.Write(L" ");
+    context.Write(more);
+  }
   context.Write(close);
   context.GenerateNewLine();
   context.EndTag();
@@ -50,6 +54,11 @@ GenerateContext& GenerateContext::operator=(const GenerateContext& other) {
 }
 
 void GenerateContext::Write(const TString& text) {
+  m_bNewLine = false;
+  m_strOut += text;
+}
+
+void GenerateContext::Write(std::wstring_view text) {
   m_bNewLine = false;
   m_strOut += text;
 }
@@ -112,10 +121,10 @@ wchar_t* Int2Chars(int value, wchar_t* buffer, int size) {
 
 namespace Private {
 
-void EscapeCharacters(GenerateContext& context, const TString& text) {
+void EscapeCharacters(GenerateContext& context, std::wstring_view text) {
   if (s_mapEscapes.empty()) FillMap(s_mapEscapes);
   size_t from = 0;
-  for (size_t i = text.find_first_of(s_szEscaped); i != TString::npos;
+  for (size_t i = text.find_first_of(s_szEscaped); i != std::wstring_view::npos;
        i = text.find_first_of(s_szEscaped, from)) {
     context.Write(text.data() + from, i - from);
     context.Write(L"&");
@@ -129,9 +138,7 @@ void EscapeCharacters(GenerateContext& context, const TString& text) {
 }  // namespace Private
 
 void NodeContainer::GenerateXML(GenerateContext& context) const {
-  for (const Node* child : m_children) {
-    if (child != nullptr) child->GenerateXML(context);
-  }
+  for (const Node* child : *this) child->GenerateXML(context);
 }
 
 void Document::GenerateXML(GenerateContext& context) const {
@@ -172,7 +179,6 @@ void Element::GenerateXML(GenerateContext& context) const {
       continue;
     }
     const Node* child = *top.next++;
-    if (child == nullptr) continue;
     if (typeid(*child) == typeid(Element)) {
       auto* element = static_cast<const Element*>(child);
       if (element->GenerateStartTag(context)) open.push_back({element, element->begin()});
@@ -186,7 +192,8 @@ bool Element::GenerateStartTag(GenerateContext& context) const {
   context.GenerateStartTagIndentation();
   context.Write(L"<");
   context.Write(GetName());
-  for (const Attribute* attribute : m_attributes) {
+  for (const Node* attribute = m_pFirstAttribute; attribute != nullptr;
+       attribute = attribute->m_pNext) {
     context.Write(L" ");
     attribute->GenerateXML(context);
   }
@@ -214,20 +221,19 @@ void Attribute::GenerateXML(GenerateContext& context) const {
 }
 
 void Text::GenerateXML(GenerateContext& context) const {
-  Private::EscapeCharacters(context, m_strText);
+  Private::EscapeCharacters(context, GetText());
 }
 
 void CData::GenerateXML(GenerateContext& context) const {
-  GenerateClosedMarkup(context, L"<![CDATA[", m_strText, L"]]>");
+  GenerateClosedMarkup(context, L"<![CDATA[", GetText(), L"]]>");
 }
 
 void Comment::GenerateXML(GenerateContext& context) const {
-  GenerateClosedMarkup(context, L"<!--", m_strText, L"-->");
+  GenerateClosedMarkup(context, L"<!--", GetText(), L"-->");
 }
 
 void Pi::GenerateXML(GenerateContext& context) const {
-  GenerateClosedMarkup(context, L"<?", m_strData.empty() ? GetName() : GetName() + L' ' + m_strData,
-                       L"?>");
+  GenerateClosedMarkup(context, L"<?", GetName(), L"?>", m_pData->View());
 }
 
 void EntityRef::GenerateXML(GenerateContext& context) const {

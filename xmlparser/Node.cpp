@@ -1,21 +1,24 @@
 #include "xmlparser/Node.h"
 
+#include <cstring>
 #include <memory>
 #include <typeinfo>
 #include <utility>
+#include <vector>
 
 #include "xmlparser/Attribute.h"
 #include "xmlparser/CharacterData.h"
 #include "xmlparser/Element.h"
+#include "xmlparser/Private.h"
 
 namespace Xml {
 namespace {
 
-// Moves `pos` to the first non-null child from `pos` onwards that `match` accepts.
+// Moves `pos` to the first child from `pos` onwards that `match` accepts.
 template <class Iterator, class Match>
 bool FindFrom(Iterator& pos, Iterator end, Match match) {
   for (; pos != end; ++pos) {
-    if (*pos != nullptr && match(**pos)) return true;
+    if (match(**pos)) return true;
   }
   return false;
 }
@@ -27,19 +30,18 @@ Node* FindNumbered(Iterator pos, Iterator end, unsigned long index, Match match)
     if (!FindFrom(pos, end, match)) return nullptr;
     ++pos;
   }
-  return FindFrom(pos, end, match) ? *pos : nullptr;
+  return FindFrom(pos, end, match) ? const_cast<Node*>(*pos) : nullptr;
 }
 
 auto KindIs(int kind) {
   return [kind](const Node& child) { return child.IsKindOf(kind); };
 }
 auto NameIs(const wchar_t* name) {
-  return [name](const Node& child) { return child.GetName().compare(name) == 0; };
+  return [name](const Node& child) { return child.GetName() == name; };
 }
 auto NameAndKindAre(const wchar_t* name, int kind) {
-  return [name, kind](const Node& child) {
-    return child.GetName().compare(name) == 0 && child.IsKindOf(kind);
-  };
+  return
+      [name, kind](const Node& child) { return child.GetName() == name && child.IsKindOf(kind); };
 }
 auto Is(const Node& node) {
   return [&node](const Node& child) { return &child == &node; };
@@ -49,9 +51,42 @@ Node& OrNull(Node* found) { return found != nullptr ? *found : Node::null; }
 
 }  // namespace
 
-Node::Node(NodeContainer& parent, TString name) : m_strName(std::move(name)), m_parent(parent) {}
+namespace Private {
 
-Node::~Node() = default;
+const StoredText& OwnedCopy(std::wstring_view text) {
+  if (text.empty()) return s_emptyText;
+  auto* stored =
+      static_cast<StoredText*>(::operator new(sizeof(StoredText) + text.size() * sizeof(wchar_t)));
+  stored->length = static_cast<std::uint32_t>(text.size());
+  std::memcpy(const_cast<wchar_t*>(stored->Data()), text.data(), text.size() * sizeof(wchar_t));
+  return *stored;
+}
+
+void ReleaseOwnedCopy(const StoredText& text) {
+  if (&text != &s_emptyText) ::operator delete(const_cast<StoredText*>(&text));
+}
+
+}  // namespace Private
+
+Node::Node(NodeContainer& parent, std::wstring_view name)
+    : m_pName(&Private::OwnedCopy(name)), m_parent(parent), m_pNext(nullptr), m_nFlags(kOwnsName) {}
+
+Node::Node(NodeContainer& parent, const StoredText& name, std::uint8_t flags)
+    : m_pName(&name), m_parent(parent), m_pNext(nullptr), m_nFlags(flags) {}
+
+Node::~Node() {
+  if (m_nFlags & kOwnsName) Private::ReleaseOwnedCopy(*m_pName);
+}
+
+void* Node::operator new(std::size_t size) { return ::operator new(size); }
+
+void Node::operator delete(void* memory) { ::operator delete(memory); }
+
+void Node::operator delete(Node* node, std::destroying_delete_t) {
+  const bool inArena = node->InArena();  // read while the node is still alive
+  node->~Node();
+  if (!inArena) ::operator delete(node);
+}
 
 bool Node::IsKindOf(int) const { return false; }
 
@@ -62,9 +97,14 @@ bool IsNullObject(const Node& node) {
          &node == &Pi::null || &node == &CData::null;
 }
 
-NodeContainer::NodeContainer(NodeContainer& parent, TString name) : Node(parent, std::move(name)) {}
+NodeContainer::NodeContainer(NodeContainer& parent, std::wstring_view name) : Node(parent, name) {
+  m_nFlags |= kContainer;
+}
 
-NodeContainer::~NodeContainer() { DestroyNodes(m_children); }
+NodeContainer::NodeContainer(NodeContainer& parent, const StoredText& name, std::uint8_t flags)
+    : Node(parent, name, flags | kContainer) {}
+
+NodeContainer::~NodeContainer() { DestroyNodes(m_pFirst); }
 
 bool NodeContainer::FindChild(int kind, iterator& pos) {
   return FindFrom(pos, end(), KindIs(kind));
@@ -92,10 +132,10 @@ bool NodeContainer::FindChild(const Node& node, const_iterator& pos) const {
 }
 
 Node& NodeContainer::GetChild(unsigned long index) {
-  return OrNull(index < m_children.size() ? m_children[index] : nullptr);
+  return OrNull(FindNumbered(begin(), end(), index, [](const Node&) { return true; }));
 }
 const Node& NodeContainer::GetChild(unsigned long index) const {
-  return OrNull(index < m_children.size() ? m_children[index] : nullptr);
+  return OrNull(FindNumbered(begin(), end(), index, [](const Node&) { return true; }));
 }
 Node& NodeContainer::GetChild(unsigned long index, int kind) {
   return OrNull(FindNumbered(begin(), end(), index, KindIs(kind)));
@@ -110,40 +150,65 @@ const Node& NodeContainer::GetChild(const wchar_t* name, unsigned long index, in
   return OrNull(FindNumbered(begin(), end(), index, NameAndKindAre(name, kind)));
 }
 
+void NodeContainer::Link(Node*& first, Node*& last, Node* previous, Node* node) {
+  Node*& link = previous != nullptr ? previous->m_pNext : first;
+  node->m_pNext = link;
+  link = node;
+  if (previous == last) last = node;
+}
+
+void NodeContainer::NoteLinked(const Node& node) {
+  if (node.InArena()) return;
+  for (Node* holder = this; holder->InArena() && !(holder->m_nFlags & kHoldsHeapNodes);
+       holder = &holder->GetParent()) {
+    holder->m_nFlags |= kHoldsHeapNodes;
+  }
+}
+
 void NodeContainer::Add(Node* node) {
+  if (node == nullptr) return;
   std::unique_ptr<Node> owned(node);
   // The null objects are shared by every failed lookup; a chained call on one must not change
   // what all later lookups see.
   if (IsNullObject(*this)) return;
-  m_children.push_back(node);
-  owned.release();
+  Append(owned.release());
+  NoteLinked(*node);
 }
 
 void NodeContainer::AddText(const TString& text) { Add(new Text(*this, text)); }
 
-bool NodeContainer::Insert(const Node& reference, Node* node, long offset) {
+bool NodeContainer::Insert(const Node& reference, Node* node, bool after) {
   iterator pos = begin();
   if (!FindChild(reference, pos)) return false;
-  std::unique_ptr<Node> owned(node);
-  m_children.insert(pos + offset, node);
-  owned.release();
+  Link(m_pFirst, m_pLast, after ? pos.m_pNode : pos.m_pPrevious, node);
+  ++m_nChildren;
+  NoteLinked(*node);
   return true;
 }
 
 bool NodeContainer::InsertBefore(const Node& reference, Node* node) {
-  return Insert(reference, node, 0);
+  return Insert(reference, node, false);
 }
 
 bool NodeContainer::InsertAfter(const Node& reference, Node* node) {
-  return Insert(reference, node, 1);
+  return Insert(reference, node, true);
 }
 
-void NodeContainer::DeleteChildren() { DestroyNodes(m_children); }
+void NodeContainer::DeleteChildren() {
+  Node* first = m_pFirst;
+  m_pFirst = m_pLast = nullptr;
+  m_nChildren = 0;
+  DestroyNodes(first);
+}
 
 void NodeContainer::DeleteChild(iterator pos) {
-  Children doomed(1, *pos);
-  m_children.erase(pos);
-  DestroyNodes(doomed);
+  Node* node = pos.m_pNode;
+  Node*& link = pos.m_pPrevious != nullptr ? pos.m_pPrevious->m_pNext : m_pFirst;
+  link = node->m_pNext;
+  if (m_pLast == node) m_pLast = pos.m_pPrevious;
+  --m_nChildren;
+  node->m_pNext = nullptr;
+  DestroyNodes(node);
 }
 
 void NodeContainer::DeleteChild(const Node& node) {
@@ -158,8 +223,7 @@ void NodeContainer::CloneChildren(NodeContainer& target) const {
   while (!pending.empty()) {
     auto [source, copy] = pending.back();
     pending.pop_back();
-    for (const Node* child : source->m_children) {
-      if (child == nullptr) continue;
+    for (const Node* child : *source) {
       if (typeid(*child) == typeid(Element)) {
         Element* element = new Element(*copy, child->GetName());
         copy->Add(element);
@@ -171,36 +235,34 @@ void NodeContainer::CloneChildren(NodeContainer& target) const {
   }
 }
 
-void NodeContainer::DestroyNodes(Children& nodes) {
-  struct Pending {
-    Children nodes;
-    size_t next;
-  };
-  if (nodes.empty()) return;
-  std::vector<Pending> stack;
-  stack.push_back({std::move(nodes), 0});
-  nodes.clear();
-  while (!stack.empty()) {
-    Pending& top = stack.back();
-    if (top.next == top.nodes.size()) {
-      stack.pop_back();
+void NodeContainer::DestroyNodes(Node* first) {
+  if (first == nullptr) return;
+  std::vector<Node*> lists{first};  // the rest of each list still to destroy
+  while (!lists.empty()) {
+    Node* node = lists.back();
+    if (node == nullptr) {
+      lists.pop_back();
       continue;
     }
-    Node* node = top.nodes[top.next++];
-    // An element's lists are taken over before it is deleted, so its destructor finds them
-    // empty and nothing recurses; its attributes go first, then its children. Only elements
-    // nest deeply; other containers (attributes hold text and references) destroy their own.
-    Children children, attributes;
-    if (node != nullptr && node->IsKindOf(NODE_ELEMENT)) {
-      auto* element = static_cast<Element*>(node);
-      children = std::move(element->m_children);
-      element->m_children.clear();
-      attributes.assign(element->m_attributes.begin(), element->m_attributes.end());
-      element->m_attributes.clear();
+    lists.back() = node->m_pNext;
+    const bool inArena = node->InArena();
+    // A container's lists are taken over before it is destroyed, so that its destructor finds
+    // them empty and nothing recurses; its attributes go first, then its children. In an arena
+    // only the containers that hold nodes from the heap are walked, to find those.
+    if ((node->m_nFlags & kContainer) && (!inArena || (node->m_nFlags & kHoldsHeapNodes))) {
+      auto* container = static_cast<NodeContainer*>(node);
+      Node* children = std::exchange(container->m_pFirst, nullptr);
+      container->m_pLast = nullptr;
+      container->m_nChildren = 0;
+      if (children != nullptr) lists.push_back(children);
+      if (node->m_nFlags & kElement) {
+        auto* element = static_cast<Element*>(node);
+        Node* attributes = std::exchange(element->m_pFirstAttribute, nullptr);
+        element->m_pLastAttribute = nullptr;
+        if (attributes != nullptr) lists.push_back(attributes);
+      }
     }
-    delete node;
-    if (!children.empty()) stack.push_back({std::move(children), 0});
-    if (!attributes.empty()) stack.push_back({std::move(attributes), 0});
+    if (!inArena) delete node;
   }
 }
 

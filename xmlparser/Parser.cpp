@@ -110,7 +110,8 @@ Parser::Parser()
       m_pEnd(nullptr),
       m_nLine(1),
       m_nColumn(0),
-      m_nPrevColumn(0) {}
+      m_nPrevColumn(0),
+      m_pArena(nullptr) {}
 
 Parser::~Parser() {}
 
@@ -134,8 +135,12 @@ bool Parser::ParseSpaces() {
     PreviousChar();
     return false;
   }
-  while (Private::IsSpace(NextChar())) {
-  }
+  // Spaces and tabs in bulk; a line end is read as one, by NextChar.
+  do {
+    const wchar_t* p = m_pCurrent;
+    while (p < m_pEnd && (*p == L' ' || *p == L'\t')) ++p;
+    Advance(p);
+  } while (Private::IsSpace(NextChar()));
   PreviousChar();
   return true;
 }
@@ -214,16 +219,17 @@ void Bookmark::Reset() {
   m_nColumn = m_parser.m_nColumn;
 }
 
-void Bookmark::GetSubString(TString& out, int trim) const {
+void Bookmark::GetSubString(TString& out, int trim) const { out = GetSpan(trim); }
+
+std::wstring_view Bookmark::GetSpan(int trim) const {
   const wchar_t* end = std::min(m_parser.m_pCurrent, m_parser.m_pEnd) - trim;
-  out.assign(m_pPosition, end > m_pPosition ? end - m_pPosition : 0);
+  return {m_pPosition, end > m_pPosition ? static_cast<std::size_t>(end - m_pPosition) : 0};
 }
 
 void NodeContainer::AddText(Bookmark& bookmark, int trim) {
-  TString text;
-  bookmark.GetSubString(text, trim);
+  Parser& parser = bookmark.GetParser();
+  Append(parser.Make<Text>(*this, parser.Copy(bookmark.GetSpan(trim))));
   bookmark.Reset();
-  Add(new Text(*this, std::move(text)));
 }
 
 namespace Private {
@@ -233,6 +239,9 @@ bool SkipRun(Parser& parser, bool (*isFirst)(wchar_t), bool (*isRest)(wchar_t)) 
     parser.PreviousChar();
     return false;
   }
+  const wchar_t* p = parser.m_pCurrent;
+  while (p < parser.m_pEnd && *p != L'\r' && *p != L'\n' && isRest(*p)) ++p;
+  parser.Advance(p);
   while (isRest(parser.NextChar())) {
   }
   parser.PreviousChar();
@@ -247,6 +256,14 @@ bool ParseRun(Parser& parser, bool (*isFirst)(wchar_t), bool (*isRest)(wchar_t),
 }
 
 bool SkipName(Parser& parser) { return SkipRun(parser, IsNameStartChar, IsNameChar); }
+
+bool ScanName(Parser& parser, std::wstring_view& name) {
+  const wchar_t* start = parser.m_pCurrent;
+  if (!SkipName(parser)) return false;
+  const wchar_t* end = std::min(parser.m_pCurrent, parser.m_pEnd);
+  name = {start, static_cast<std::size_t>(end - start)};
+  return true;
+}
 
 }  // namespace Private
 }  // namespace Xml

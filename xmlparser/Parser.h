@@ -3,6 +3,10 @@
 // routines that build the tree are members of the node classes and move only through these.
 #pragma once
 
+#include <string_view>
+#include <utility>
+
+#include "xmlparser/Arena.h"
 #include "xmlparser/ParsingException.h"
 #include "xmlparser/TString.h"
 
@@ -32,6 +36,14 @@ class Parser {
   // Steps back over the character last read. Exact for one step only; after the end has been
   // read it changes nothing.
   void PreviousChar();
+  // Moves forward to `to` over characters that are not line ends, with the same effect on
+  // position, line and column as reading them one by one: the way runs are read in bulk.
+  void Advance(const wchar_t* to) {
+    if (to == m_pCurrent) return;
+    m_nColumn += static_cast<int>(to - m_pCurrent);
+    m_nPrevColumn = m_nColumn - 1;
+    m_pCurrent = to;
+  }
   // Throws ParsingException with `error` at the current line and column.
   [[noreturn]] void SyntaxError(PARSER_ERROR error);
 
@@ -52,6 +64,15 @@ class Parser {
   bool ParseName(TString& name);      // a name starts with a letter, '_' or ':'
   bool ParseNmtoken(TString& token);  // name characters only
 
+  // A new node of the document being parsed, in the document's arena, and the arena's copy of
+  // a text or of a name.
+  template <class T, class... Arguments>
+  T* Make(Arguments&&... arguments) {
+    return new (m_pArena->Allocate(sizeof(T))) T(std::forward<Arguments>(arguments)..., ArenaKey());
+  }
+  const StoredText& Copy(std::wstring_view text) { return m_pArena->Copy(text); }
+  const StoredText& Intern(std::wstring_view name) { return m_pArena->Intern(name); }
+
   const wchar_t* m_pBegin;
   // The next character to read; one past m_pEnd once the end has been read.
   const wchar_t* m_pCurrent;
@@ -60,6 +81,7 @@ class Parser {
   // On the first line one more than the characters read on it; on later lines equal to them.
   int m_nColumn;
   int m_nPrevColumn;  // the column before the last character read, for stepping back
+  Arena* m_pArena;    // the memory of the document being parsed
 };
 
 // A saved reading position of one parser: a plain value on the stack of the routine using it.
@@ -74,6 +96,8 @@ class Bookmark {
   // The text from the bookmark to the parser's position, without its last `trim` characters
   // and never beyond the end of the text.
   void GetSubString(TString& out, int trim) const;
+  std::wstring_view GetSpan(int trim) const;
+  Parser& GetParser() const { return m_parser; }
 
  private:
   Parser& m_parser;

@@ -1,8 +1,12 @@
 // Private.h: helpers shared inside the XML library; nothing outside xmlparser/ includes this.
 #pragma once
 
+#include <cstddef>
+#include <functional>
 #include <map>
+#include <string_view>
 
+#include "xmlparser/Node.h"
 #include "xmlparser/TString.h"
 
 namespace Xml {
@@ -12,6 +16,24 @@ class NodeContainer;
 class Parser;
 
 namespace Private {
+
+// A static StoredText: the count, then the characters (and a terminating zero).
+template <std::size_t N>
+struct FixedText {
+  StoredText text;
+  wchar_t chars[N];
+};
+
+// The empty text, shared by every node without a name or text, and the fixed names.
+extern const StoredText s_emptyText;
+extern const FixedText<6> s_textName;
+extern const FixedText<15> s_cdataName;
+extern const FixedText<9> s_commentName;
+extern const FixedText<10> s_documentName;
+
+// A copy of `text` owned by a node off the arena (the empty text is shared), and its release.
+const StoredText& OwnedCopy(std::wstring_view text);
+void ReleaseOwnedCopy(const StoredText& text);
 
 // The white space of XML values: space, tab, carriage return, line feed.
 extern const wchar_t s_spaces[];
@@ -32,6 +54,9 @@ inline bool IsLegal(wchar_t c) {
 bool SkipRun(Parser& parser, bool (*isFirst)(wchar_t), bool (*isRest)(wchar_t));
 bool ParseRun(Parser& parser, bool (*isFirst)(wchar_t), bool (*isRest)(wchar_t), TString& out);
 bool SkipName(Parser& parser);
+// A name read in bulk, as a view into the parser's text; false, with nothing consumed, when no
+// name starts here.
+bool ScanName(Parser& parser, std::wstring_view& name);
 
 // Replaces every maximal run of white space, a trailing one included, by one space.
 void NormalizeWhiteSpaces(TString& text);
@@ -42,13 +67,14 @@ void Normalize(TString& text);
 
 // The five predefined entities, name to character and back; each map is empty at start-up and
 // filled on first use.
-extern std::map<TString, wchar_t> s_mapReferences;
+// The first is looked up with views of the parser's text, hence its transparent order.
+extern std::map<TString, wchar_t, std::less<>> s_mapReferences;
 extern std::map<wchar_t, TString> s_mapEscapes;
-void FillMap(std::map<TString, wchar_t>& references);
+void FillMap(std::map<TString, wchar_t, std::less<>>& references);
 void FillMap(std::map<wchar_t, TString>& escapes);
 
 // Writes `text` with < > & ' " replaced by their entity references.
-void EscapeCharacters(GenerateContext& context, const TString& text);
+void EscapeCharacters(GenerateContext& context, std::wstring_view text);
 
 // The value of an element, attribute or document: its children's values concatenated, then
 // finished by the container's own rule. Nested containers are walked from a work list, so the

@@ -2,7 +2,8 @@
 // replaced by the character they stand for. Both answer to NODE_REFERENCE.
 #pragma once
 
-#include <utility>
+#include <cstdint>
+#include <string_view>
 
 #include "xmlparser/Node.h"
 
@@ -18,21 +19,27 @@ class Reference : public Node {
   static Reference* Parse(Parser& parser, NodeContainer& parent);
 
  protected:
-  Reference(NodeContainer& parent, TString name) : Node(parent, std::move(name)) {}
+  Reference(NodeContainer& parent, std::wstring_view name) : Node(parent, name) {}
+  Reference(NodeContainer& parent, const StoredText& name, std::uint8_t flags)
+      : Node(parent, name, flags) {}
 };
 
 // A reference to one of the five predefined entities (lt, gt, amp, apos, quot).
 class EntityRef : public Reference {
  public:
   // An unknown name leaves the character 0.
-  EntityRef(NodeContainer& parent, TString name);
+  EntityRef(NodeContainer& parent, std::wstring_view name);
   // Throws InvalidRefException carrying `name` when the name is unknown.
-  explicit EntityRef(const TString& name);
+  explicit EntityRef(std::wstring_view name);
+  // A parsed reference, in its document's arena, standing for `character`.
+  EntityRef(NodeContainer& parent, const StoredText& name, wchar_t character, ArenaKey);
 
   // "&" name ";" (error 6 when incomplete, 9 when the name is unknown); null when no "&".
   static EntityRef* Parse(Parser& parser, NodeContainer& parent);
   // Looks the name up again and sets the character: false when the name is unknown.
   bool MapReferenceName();
+  // The character a predefined entity stands for, or 0 for an unknown name.
+  static wchar_t CharacterOf(std::wstring_view name);
 
   TString GetData() const override { return TString(1, m_cChar); }
   TString GetValue() const override { return TString(1, m_cChar); }
@@ -52,6 +59,7 @@ class CharRef : public Reference {
  public:
   CharRef(NodeContainer& parent, int code);
   explicit CharRef(int code);
+  CharRef(NodeContainer& parent, int code, ArenaKey);
 
   // "&#" decimal ";" or "&#x" hexadecimal ";"; null when no "&#" stands here.
   static CharRef* Parse(Parser& parser, NodeContainer& parent);

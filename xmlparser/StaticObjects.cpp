@@ -7,6 +7,17 @@
 
 namespace Xml {
 
+namespace Private {
+
+// Constant-initialised, so that the null objects below can share them while being built.
+constinit const StoredText s_emptyText{0};
+constinit const FixedText<6> s_textName{{5}, L"#text"};
+constinit const FixedText<15> s_cdataName{{14}, L"#cdata-section"};
+constinit const FixedText<9> s_commentName{{8}, L"#comment"};
+constinit const FixedText<10> s_documentName{{9}, L"#document"};
+
+}  // namespace Private
+
 // A reference bound to a static object is constant-initialised, so Node::null is usable while
 // the null objects themselves are being built.
 NodeContainer& Node::null = Element::null;
@@ -21,7 +32,7 @@ namespace Private {
 
 const wchar_t s_spaces[] = L" \t\r\n";
 
-std::map<TString, wchar_t> s_mapReferences;
+std::map<TString, wchar_t, std::less<>> s_mapReferences;
 std::map<wchar_t, TString> s_mapEscapes;
 
 namespace {
@@ -35,7 +46,7 @@ const struct {
 
 }  // namespace
 
-void FillMap(std::map<TString, wchar_t>& references) {
+void FillMap(std::map<TString, wchar_t, std::less<>>& references) {
   for (const auto& entity : kPredefinedEntities) references[entity.name] = entity.character;
 }
 

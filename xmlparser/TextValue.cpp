@@ -71,7 +71,6 @@ TString ContainerValue(const NodeContainer& container) {
     Frame& top = frames.back();
     if (top.next != top.container->end()) {
       const Node* child = *top.next++;
-      if (child == nullptr) continue;
       if (HasStandardValue(*child)) {
         auto* nested = static_cast<const NodeContainer*>(child);
         frames.push_back({nested, nested->begin(), TString()});

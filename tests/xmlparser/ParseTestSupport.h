@@ -21,15 +21,15 @@ inline TString Picture(const NodeContainer& container) {
     } else if (auto* reference = dynamic_cast<const CharRef*>(child)) {
       out += L"#" + std::to_wstring(reference->GetCode());
     } else if (child->IsKindOf(NODE_REFERENCE)) {
-      out += L"&" + child->GetName();
+      out += L"&" + TString(child->GetName());
     } else if (child->IsKindOf(NODE_ELEMENT)) {
-      out += L"E<" + child->GetName() + L">";
+      out += L"E<" + TString(child->GetName()) + L">";
     } else if (child->IsKindOf(NODE_COMMENT)) {
       out += L"C\"" + child->GetData() + L"\"";
     } else if (child->IsKindOf(NODE_CDATA)) {
       out += L"D\"" + child->GetData() + L"\"";
     } else if (child->IsKindOf(NODE_PI)) {
-      out += L"P<" + child->GetName() + L">\"" + child->GetData() + L"\"";
+      out += L"P<" + TString(child->GetName()) + L">\"" + child->GetData() + L"\"";
     }
   }
   return out;

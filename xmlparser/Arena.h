@@ -1,0 +1,50 @@
+// Arena.h: the memory of one parsed document, inside the XML library only. The parser builds
+// the document's nodes, names and texts here, in large blocks, and the document releases it
+// whole: millions of small nodes cost neither one allocation nor one free each.
+#pragma once
+
+#include <cstddef>
+#include <string_view>
+#include <vector>
+
+#include "xmlparser/Node.h"
+
+namespace Xml {
+
+struct ArenaBlock;
+
+class Arena {
+ public:
+  Arena() = default;
+  Arena(const Arena&) = delete;
+  Arena& operator=(const Arena&) = delete;
+  // Hands the blocks to this thread's spares, for the next document.
+  ~Arena();
+
+  // `bytes` of memory aligned for any node, valid until the arena is destroyed.
+  void* Allocate(std::size_t bytes) {
+    bytes = (bytes + kAlignment - 1) & ~(kAlignment - 1);
+    if (static_cast<std::size_t>(m_pEnd - m_pFree) < bytes) NewBlock(bytes);
+    void* memory = m_pFree;
+    m_pFree += bytes;
+    return memory;
+  }
+  // A copy of `text`; the empty text is shared.
+  const StoredText& Copy(std::wstring_view text);
+  // The one copy of `name` in this arena.
+  const StoredText& Intern(std::wstring_view name);
+
+ private:
+  static constexpr std::size_t kAlignment = alignof(Node);
+  void NewBlock(std::size_t bytes);
+
+  ArenaBlock* m_pBlocks = nullptr;
+  char* m_pFree = nullptr;
+  char* m_pEnd = nullptr;
+  std::size_t m_nBlockBytes = 0;  // all blocks so far, which sets the size of the next
+  // The interned names: open addressing over a power-of-two table, half full at most.
+  std::vector<const StoredText*> m_names;
+  std::size_t m_nNames = 0;
+};
+
+}  // namespace Xml
