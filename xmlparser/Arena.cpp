@@ -23,15 +23,17 @@ namespace Xml {
 
 struct ArenaBlock {
   ArenaBlock* next;
-  std::size_t size;  // with this header
+  std::size_t size;   // with this header
+  std::size_t ready;  // the bytes from the block's start whose pages are in memory
 };
 
 namespace {
 
 const std::size_t kFirstBlock = 16 * 1024;
 const std::size_t kLargestBlock = 64 * 1024 * 1024;
-// Fresh blocks from this size on are faulted in with one call rather than a page at a time.
-const std::size_t kPopulated = 256 * 1024;
+// Pages are faulted in this much at a time with one call, rather than one by one as they are
+// first written; a block's unused end costs no memory.
+const std::size_t kReadyStep = 2 * 1024 * 1024;
 
 // Blocks of released arenas, kept for the next document on this thread, as a program that
 // parses once is likely to parse again something of the same size. Sanitizer builds free
@@ -58,15 +60,16 @@ Spares::~Spares() {
   gone = true;
 }
 
-// The largest spare block, unlinked, when it holds `bytes`; null otherwise.
+// The smallest spare block that holds `bytes`, unlinked; null when none does. Taking the
+// smallest keeps the large ones for the large texts that need them.
 ArenaBlock* TakeSpare(std::size_t bytes) {
-  ArenaBlock** largest = nullptr;
+  ArenaBlock** best = nullptr;
   for (ArenaBlock** link = &t_spares.blocks; *link != nullptr; link = &(*link)->next) {
-    if (largest == nullptr || (*link)->size > (*largest)->size) largest = link;
+    if ((*link)->size >= bytes && (best == nullptr || (*link)->size < (*best)->size)) best = link;
   }
-  if (largest == nullptr || (*largest)->size < bytes) return nullptr;
-  ArenaBlock* block = *largest;
-  *largest = block->next;
+  if (best == nullptr) return nullptr;
+  ArenaBlock* block = *best;
+  *best = block->next;
   return block;
 }
 
@@ -105,29 +108,58 @@ Arena::~Arena() {
   }
 }
 
-void Arena::NewBlock(std::size_t bytes) {
-  std::size_t size = m_nBlockBytes < kFirstBlock     ? kFirstBlock
-                     : m_nBlockBytes > kLargestBlock ? kLargestBlock
-                                                     : m_nBlockBytes;
-  if (size < sizeof(ArenaBlock) + bytes) size = sizeof(ArenaBlock) + bytes;
-  ArenaBlock* block = KESTRAIL_KEEP_SPARE_BLOCKS ? TakeSpare(size) : nullptr;
-  if (block == nullptr) {
-    block = static_cast<ArenaBlock*>(::operator new(size));
-    block->size = size;
-    if (size >= kPopulated) Populate(block, size);
+void Arena::Refill(std::size_t bytes) {
+  ArenaBlock* block = m_pBlocks;
+  char* blockEnd = block != nullptr ? reinterpret_cast<char*>(block) + block->size : nullptr;
+  if (block == nullptr || static_cast<std::size_t>(blockEnd - m_pFree) < bytes) {
+    // A spare block serves whenever it holds the request; fresh blocks grow with the
+    // document, so that a large one needs few of them.
+    block = KESTRAIL_KEEP_SPARE_BLOCKS ? TakeSpare(sizeof(ArenaBlock) + bytes) : nullptr;
+    if (block == nullptr) {
+      std::size_t size = m_nBlockBytes < kFirstBlock     ? kFirstBlock
+                         : m_nBlockBytes > kLargestBlock ? kLargestBlock
+                                                         : m_nBlockBytes;
+      if (size < sizeof(ArenaBlock) + bytes) size = sizeof(ArenaBlock) + bytes;
+      block = static_cast<ArenaBlock*>(::operator new(size));
+      block->size = size;
+      block->ready = sizeof(ArenaBlock);
+    }
+    block->next = m_pBlocks;
+    m_pBlocks = block;
+    m_nBlockBytes += block->size;
+    m_pFree = m_pEnd = reinterpret_cast<char*>(block) + sizeof(ArenaBlock);
+    blockEnd = reinterpret_cast<char*>(block) + block->size;
   }
-  block->next = m_pBlocks;
-  m_pBlocks = block;
-  m_nBlockBytes += block->size;
-  m_pFree = reinterpret_cast<char*>(block) + sizeof(ArenaBlock);
-  m_pEnd = reinterpret_cast<char*>(block) + block->size;
+  // Ready at least the request, and a step beyond it.
+  char* const start = reinterpret_cast<char*>(block);
+  const std::size_t wanted = static_cast<std::size_t>(m_pFree - start) + bytes;
+  std::size_t ready = wanted + kReadyStep < block->size ? wanted + kReadyStep : block->size;
+  if (ready > block->ready) {
+    Populate(start + block->ready, ready - block->ready);
+    block->ready = ready;
+  }
+  m_pEnd = start + (block->ready > ready ? block->ready : ready);
+  if (m_pEnd > blockEnd) m_pEnd = blockEnd;
 }
 
 const StoredText& Arena::Copy(std::wstring_view text) {
   if (text.empty()) return Private::s_emptyText;
+  for (wchar_t c : text) {
+    if (static_cast<std::uint32_t>(c) > 0xFF) return CopyWide(text);
+  }
+  auto* stored = static_cast<StoredText*>(Allocate(sizeof(StoredText) + text.size()));
+  stored->length = static_cast<std::uint32_t>(text.size());
+  stored->narrow = 1;
+  auto* bytes = const_cast<unsigned char*>(stored->Bytes());
+  for (std::size_t i = 0; i < text.size(); ++i) bytes[i] = static_cast<unsigned char>(text[i]);
+  return *stored;
+}
+
+const StoredText& Arena::CopyWide(std::wstring_view text) {
   auto* stored =
       static_cast<StoredText*>(Allocate(sizeof(StoredText) + text.size() * sizeof(wchar_t)));
   stored->length = static_cast<std::uint32_t>(text.size());
+  stored->narrow = 0;
   std::memcpy(const_cast<wchar_t*>(stored->Data()), text.data(), text.size() * sizeof(wchar_t));
   return *stored;
 }
@@ -147,7 +179,7 @@ const StoredText& Arena::Intern(std::wstring_view name) {
   for (; m_names[slot] != nullptr; slot = (slot + 1) & (m_names.size() - 1)) {
     if (m_names[slot]->View() == name) return *m_names[slot];
   }
-  const StoredText& stored = Copy(name);
+  const StoredText& stored = name.empty() ? Private::s_emptyText : CopyWide(name);
   m_names[slot] = &stored;
   ++m_nNames;
   return stored;

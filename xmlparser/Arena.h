@@ -24,23 +24,25 @@ class Arena {
   // `bytes` of memory aligned for any node, valid until the arena is destroyed.
   void* Allocate(std::size_t bytes) {
     bytes = (bytes + kAlignment - 1) & ~(kAlignment - 1);
-    if (static_cast<std::size_t>(m_pEnd - m_pFree) < bytes) NewBlock(bytes);
+    if (static_cast<std::size_t>(m_pEnd - m_pFree) < bytes) Refill(bytes);
     void* memory = m_pFree;
     m_pFree += bytes;
     return memory;
   }
-  // A copy of `text`; the empty text is shared.
+  // A copy of `text`, narrow where it can be; the empty text is shared.
   const StoredText& Copy(std::wstring_view text);
   // The one copy of `name` in this arena.
   const StoredText& Intern(std::wstring_view name);
 
  private:
   static constexpr std::size_t kAlignment = alignof(Node);
-  void NewBlock(std::size_t bytes);
+  // Makes room for `bytes` at m_pFree: more of the current block, or another block.
+  void Refill(std::size_t bytes);
+  const StoredText& CopyWide(std::wstring_view text);
 
   ArenaBlock* m_pBlocks = nullptr;
   char* m_pFree = nullptr;
-  char* m_pEnd = nullptr;
+  char* m_pEnd = nullptr;         // of the part of the newest block that is ready for use
   std::size_t m_nBlockBytes = 0;  // all blocks so far, which sets the size of the next
   // The interned names: open addressing over a power-of-two table, half full at most.
   std::vector<const StoredText*> m_names;

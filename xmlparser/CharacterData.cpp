@@ -15,7 +15,7 @@ Text::~Text() {
 }
 bool Text::IsKindOf(int kind) const { return kind == NODE_TEXT; }
 Node& Text::CloneNode(NodeContainer& parent) const { return Clone(parent); }
-Text& Text::Clone(NodeContainer& parent) const { return *new Text(parent, GetText()); }
+Text& Text::Clone(NodeContainer& parent) const { return *new Text(parent, GetData()); }
 
 CData::CData(NodeContainer& parent, std::wstring_view text)
     : Node(parent, Private::s_cdataName.text, 0), m_pText(&Private::OwnedCopy(text)) {}
@@ -27,7 +27,7 @@ CData::~CData() {
 }
 bool CData::IsKindOf(int kind) const { return kind == NODE_CDATA; }
 Node& CData::CloneNode(NodeContainer& parent) const { return Clone(parent); }
-CData& CData::Clone(NodeContainer& parent) const { return *new CData(parent, GetText()); }
+CData& CData::Clone(NodeContainer& parent) const { return *new CData(parent, GetData()); }
 
 Comment::Comment(NodeContainer& parent, std::wstring_view text)
     : Node(parent, Private::s_commentName.text, 0), m_pText(&Private::OwnedCopy(text)) {}
@@ -39,7 +39,7 @@ Comment::~Comment() {
 }
 bool Comment::IsKindOf(int kind) const { return kind == NODE_COMMENT; }
 Node& Comment::CloneNode(NodeContainer& parent) const { return Clone(parent); }
-Comment& Comment::Clone(NodeContainer& parent) const { return *new Comment(parent, GetText()); }
+Comment& Comment::Clone(NodeContainer& parent) const { return *new Comment(parent, GetData()); }
 
 Pi::Pi(NodeContainer& parent, std::wstring_view target, std::wstring_view data)
     : Node(parent, target), m_pData(&Private::OwnedCopy(data)) {}
@@ -51,6 +51,6 @@ Pi::~Pi() {
 }
 bool Pi::IsKindOf(int kind) const { return kind == NODE_PI; }
 Node& Pi::CloneNode(NodeContainer& parent) const { return Clone(parent); }
-Pi& Pi::Clone(NodeContainer& parent) const { return *new Pi(parent, GetName(), m_pData->View()); }
+Pi& Pi::Clone(NodeContainer& parent) const { return *new Pi(parent, GetName(), GetData()); }
 
 }  // namespace Xml

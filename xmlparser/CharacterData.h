@@ -17,14 +17,13 @@ class Text : public Node {
   Text(NodeContainer& parent, const StoredText& text, ArenaKey);
   ~Text() override;
 
-  TString GetData() const override { return TString(GetText()); }
-  TString GetValue() const override { return TString(GetText()); }
+  TString GetData() const override { return m_pText->ToString(); }
+  TString GetValue() const override { return m_pText->ToString(); }
   bool IsKindOf(int kind) const override;
   Node& CloneNode(NodeContainer& parent) const override;
   void GenerateXML(GenerateContext& context) const override;
 
   Text& Clone(NodeContainer& parent) const;
-  std::wstring_view GetText() const { return m_pText->View(); }
 
  private:
   const StoredText* m_pText;
@@ -42,14 +41,13 @@ class CData : public Node {
   // "<![CDATA[" text "]]>"; null when no section starts here.
   static CData* Parse(Parser& parser, NodeContainer& parent);
 
-  TString GetData() const override { return TString(GetText()); }
-  TString GetValue() const override { return TString(GetText()); }
+  TString GetData() const override { return m_pText->ToString(); }
+  TString GetValue() const override { return m_pText->ToString(); }
   bool IsKindOf(int kind) const override;
   Node& CloneNode(NodeContainer& parent) const override;
   void GenerateXML(GenerateContext& context) const override;
 
   CData& Clone(NodeContainer& parent) const;
-  std::wstring_view GetText() const { return m_pText->View(); }
 
  private:
   const StoredText* m_pText;
@@ -67,14 +65,13 @@ class Comment : public Node {
   // "<!--" text "-->"; null when no comment starts here.
   static Comment* Parse(Parser& parser, NodeContainer& parent);
 
-  TString GetData() const override { return TString(GetText()); }
-  TString GetValue() const override { return TString(GetText()); }
+  TString GetData() const override { return m_pText->ToString(); }
+  TString GetValue() const override { return m_pText->ToString(); }
   bool IsKindOf(int kind) const override;
   Node& CloneNode(NodeContainer& parent) const override;
   void GenerateXML(GenerateContext& context) const override;
 
   Comment& Clone(NodeContainer& parent) const;
-  std::wstring_view GetText() const { return m_pText->View(); }
 
  private:
   const StoredText* m_pText;
@@ -96,8 +93,8 @@ class Pi : public Node {
   // A name that is not "xml" in any mix of cases (error 25).
   static bool ParsePITarget(Parser& parser, TString& target);
 
-  TString GetData() const override { return TString(m_pData->View()); }
-  TString GetValue() const override { return TString(m_pData->View()); }
+  TString GetData() const override { return m_pData->ToString(); }
+  TString GetValue() const override { return m_pData->ToString(); }
   bool IsKindOf(int kind) const override;
   Node& CloneNode(NodeContainer& parent) const override;
   void GenerateXML(GenerateContext& context) const override;

@@ -1,5 +1,7 @@
 // Writing a tree back as XML text: the generation context, escaping, and each node class's
 // GenerateXML.
+#include <algorithm>
+#include <iterator>
 #include <typeinfo>
 #include <vector>
 
@@ -17,17 +19,35 @@ namespace {
 const wchar_t s_szDefaultIndentation[] = L"  ";
 const wchar_t s_szEscaped[] = L"<>&'\"";
 
+// Writes a stored text, escaped or not; a narrow one is widened a piece at a time.
+void WriteStored(GenerateContext& context, const StoredText& text, bool escape) {
+  auto write = [&](std::wstring_view piece) {
+    if (escape) {
+      Private::EscapeCharacters(context, piece);
+    } else {
+      context.Write(piece);
+    }
+  };
+  if (!text.narrow) return write(text.View());
+  wchar_t wide[1024];
+  for (std::size_t done = 0; done < text.length;) {
+    const std::size_t count = std::min<std::size_t>(text.length - done, std::size(wide));
+    std::copy(text.Bytes() + done, text.Bytes() + done + count, wide);
+    write({wide, count});
+    done += count;
+  }
+}
+
 // A CDATA section, comment or processing instruction: markup that stands on a line of its own
-// when formatting and closes itself.
-void GenerateClosedMarkup(GenerateContext& context, const wchar_t* open, std::wstring_view content,
-                          const wchar_t* close, std::wstring_view more = {}) {
+// when formatting and closes itself. A processing instruction's target comes first, then its
+// data after a space.
+void GenerateClosedMarkup(GenerateContext& context, const wchar_t* open, std::wstring_view target,
+                          const StoredText& text, const wchar_t* close) {
   context.GenerateStartTagIndentation();
   context.Write(open);
-  context.Write(content);
-  if (!more.empty()) {
-    context.Write(L" ");
-    context.Write(more);
-  }
+  context.Write(target);
+  if (!target.empty() && text.length > 0) context.Write(L" ");
+  WriteStored(context, text, false);
   context.Write(close);
   context.GenerateNewLine();
   context.EndTag();
@@ -220,20 +240,18 @@ void Attribute::GenerateXML(GenerateContext& context) const {
   context.Write(L"\"");
 }
 
-void Text::GenerateXML(GenerateContext& context) const {
-  Private::EscapeCharacters(context, GetText());
-}
+void Text::GenerateXML(GenerateContext& context) const { WriteStored(context, *m_pText, true); }
 
 void CData::GenerateXML(GenerateContext& context) const {
-  GenerateClosedMarkup(context, L"<![CDATA[", GetText(), L"]]>");
+  GenerateClosedMarkup(context, L"<![CDATA[", {}, *m_pText, L"]]>");
 }
 
 void Comment::GenerateXML(GenerateContext& context) const {
-  GenerateClosedMarkup(context, L"<!--", GetText(), L"-->");
+  GenerateClosedMarkup(context, L"<!--", {}, *m_pText, L"-->");
 }
 
 void Pi::GenerateXML(GenerateContext& context) const {
-  GenerateClosedMarkup(context, L"<?", GetName(), L"?>", m_pData->View());
+  GenerateClosedMarkup(context, L"<?", GetName(), *m_pData, L"?>");
 }
 
 void EntityRef::GenerateXML(GenerateContext& context) const {

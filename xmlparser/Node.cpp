@@ -58,6 +58,7 @@ const StoredText& OwnedCopy(std::wstring_view text) {
   auto* stored =
       static_cast<StoredText*>(::operator new(sizeof(StoredText) + text.size() * sizeof(wchar_t)));
   stored->length = static_cast<std::uint32_t>(text.size());
+  stored->narrow = 0;
   std::memcpy(const_cast<wchar_t*>(stored->Data()), text.data(), text.size() * sizeof(wchar_t));
   return *stored;
 }

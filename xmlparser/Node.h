@@ -32,12 +32,19 @@ enum NODE_KIND {
 
 // Characters stored with their count in one block: the names and texts of nodes. A parsed
 // document keeps them in its arena, each distinct name once; other nodes own theirs, except
-// the fixed names ("#text" and the like), which are static.
+// the fixed names ("#text" and the like), which are static. Names are stored four bytes per
+// character; a parsed text whose characters all lie below U+0100 one byte per character, as
+// most of a settings file's text does.
 struct StoredText {
-  std::uint32_t length;
+  std::uint32_t length : 31;
+  std::uint32_t narrow : 1;
 
   const wchar_t* Data() const { return reinterpret_cast<const wchar_t*>(this + 1); }
-  std::wstring_view View() const { return {Data(), length}; }
+  const unsigned char* Bytes() const { return reinterpret_cast<const unsigned char*>(this + 1); }
+  std::wstring_view View() const { return {Data(), length}; }  // of a wide text only
+  TString ToString() const {
+    return narrow ? TString(Bytes(), Bytes() + length) : TString(Data(), length);
+  }
 };
 
 // Only the parser may build a node in a document's arena.

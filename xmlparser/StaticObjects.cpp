@@ -10,11 +10,11 @@ namespace Xml {
 namespace Private {
 
 // Constant-initialised, so that the null objects below can share them while being built.
-constinit const StoredText s_emptyText{0};
-constinit const FixedText<6> s_textName{{5}, L"#text"};
-constinit const FixedText<15> s_cdataName{{14}, L"#cdata-section"};
-constinit const FixedText<9> s_commentName{{8}, L"#comment"};
-constinit const FixedText<10> s_documentName{{9}, L"#document"};
+constinit const StoredText s_emptyText{0, 0};
+constinit const FixedText<6> s_textName{{5, 0}, L"#text"};
+constinit const FixedText<15> s_cdataName{{14, 0}, L"#cdata-section"};
+constinit const FixedText<9> s_commentName{{8, 0}, L"#comment"};
+constinit const FixedText<10> s_documentName{{9, 0}, L"#document"};
 
 }  // namespace Private
 
