@@ -33,7 +33,7 @@ const std::size_t kFirstBlock = 16 * 1024;
 const std::size_t kLargestBlock = 64 * 1024 * 1024;
 // Pages are faulted in this much at a time with one call, rather than one by one as they are
 // first written; a block's unused end costs no memory.
-const std::size_t kReadyStep = 2 * 1024 * 1024;
+const std::size_t kReadyStep = 512 * 1024;
 
 // Blocks of released arenas, kept for the next document on this thread, as a program that
 // parses once is likely to parse again something of the same size. Sanitizer builds free

@@ -7,10 +7,28 @@
 
 #include "ovlib/base_ui_framework/mac/MacUtil.h"
 #include "platform/CoreFoundation.h"
+#include "platform/Memory.h"
 
 namespace {
 
 bool IsContinuation(unsigned char byte) { return (byte & 0xC0) == 0x80; }
+
+// Makes `text` an empty string with room for exactly `length` characters, its memory faulted in
+// at once: a whole file's text is large, and fresh pages trapped one at a time as the decoding
+// reaches them cost more than the decoding itself.
+void ReserveExactly(TString& text, std::size_t length) {
+  TString().swap(text);
+  text.reserve(length);
+  PrepareMemoryForWriting(text.data(), length * sizeof(wchar_t));
+}
+
+// Characters that well-formed UTF-8 decodes to: one per lead byte, and one more for each
+// character beyond U+FFFF, which becomes a surrogate pair.
+std::size_t DecodedLength(const unsigned char* p, const unsigned char* end) {
+  std::size_t length = 0;
+  for (; p < end; ++p) length += !IsContinuation(*p) + (*p >= 0xF0);
+  return length;
+}
 
 // Decodes UTF-8 straight into `text`, with the results of Utf8toUtf16 widened one unit per
 // character (a leading byte-order mark dropped, characters beyond U+FFFF as surrogate pairs, and
@@ -20,7 +38,7 @@ bool DecodeUtf8(const unsigned char* p, const unsigned char* end, TString& text)
   if (end - p >= 3 && p[0] == 0xEF && p[1] == 0xBB && p[2] == 0xBF) p += 3;
   wchar_t chunk[4096];
   std::size_t used = 0;
-  text.reserve(end - p);
+  ReserveExactly(text, DecodedLength(p, end));
   while (p < end) {
     if (used > sizeof chunk / sizeof chunk[0] - 16) {
       text.append(chunk, used);
@@ -84,11 +102,18 @@ int ConvertFileBufferToWString(const std::vector<unsigned char>& buffer, TString
   const unsigned int mark = buffer[0] * 256u + buffer[1];
   if (mark == 0xFEFF || mark == 0xFFFE) {
     const bool bigEndian = mark == 0xFEFF;
-    text.reserve(buffer.size() / 2 - 1);
+    ReserveExactly(text, buffer.size() / 2 - 1);
+    wchar_t chunk[4096];
+    std::size_t used = 0;
     for (std::size_t i = 2; i + 1 < buffer.size(); i += 2) {
       const unsigned int first = buffer[i], second = buffer[i + 1];
-      text += static_cast<wchar_t>(bigEndian ? first * 256 + second : second * 256 + first);
+      chunk[used++] = static_cast<wchar_t>(bigEndian ? first * 256 + second : second * 256 + first);
+      if (used == std::size(chunk)) {
+        text.append(chunk, used);
+        used = 0;
+      }
     }
+    text.append(chunk, used);
     return 0;
   }
   // Bytes that are not UTF-8 give an empty text, as the converter's refusal does.
