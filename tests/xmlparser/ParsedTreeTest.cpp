@@ -1,0 +1,66 @@
+// A parsed document's nodes share one block of memory that goes with the document; nodes made
+// by hand are each on their own. Trees that mix them must still free each node exactly once,
+// which the sanitizer build checks.
+#include <gtest/gtest.h>
+
+#include <memory>
+
+#include "tests/xmlparser/ParseTestSupport.h"
+
+namespace {
+
+using namespace Xml;
+using namespace Xml::Testing;
+
+TString Compact(const Node& node) {
+  TString out;
+  GenerateContext context(out, nullptr, GenerateContext::COMPACT);
+  node.GenerateXML(context);
+  return out;
+}
+
+TEST(ParsedTreeTest, HandMadeAndParsedNodesMix) {
+  std::unique_ptr<Document> document = ParseText(L"<r a=' 1 '><s><t>x</t></s><u>z</u>y</r>");
+  Element& root = document->GetRoot();
+  Element& s = root.GetElement(L"s", 0);
+  Element& u = root.GetElement(L"u", 0);
+
+  // Nodes made by hand, deep inside the parsed tree, before and among its children, and as
+  // attributes and attribute values of a parsed element.
+  s.GetElement(L"t", 0).AddElementInto(L"h1").AddText(L"1");
+  u.AddElementInto(L"h2").AddText(L"2");
+  root.InsertBefore(s, new Comment(root, L"c"));
+  Value(root.CreateAttribute(L"b")).Set(L"2");
+  Value(root.GetAttribute(L"a")).Set(L"3");
+
+  // A parsed subtree copied into a tree made by hand, which outlives the document.
+  Element copies(L"copies");
+  copies.Add(&s.Clone(copies));
+
+  // A parsed subtree deleted from its document, with a node made by hand inside it.
+  u.Delete();
+  EXPECT_EQ(L"<r a=\"3\" b=\"2\"><!--c--><s><t>x<h1>1</h1></t></s>y</r>", Compact(root));
+  EXPECT_EQ(5u, root.GetChildCount());  // with the empty texts before the markup
+
+  // The document deleted with nodes made by hand inside it.
+  document.reset();
+  EXPECT_EQ(L"<copies><s><t>x<h1>1</h1></t></s></copies>", Compact(copies));
+}
+
+TEST(ParsedTreeTest, ParsedChildrenDeletedAtTheirPositions) {
+  std::unique_ptr<Document> document = ParseText(L"<r>1<a/>2<b/>3</r>");
+  Element& root = document->GetRoot();
+  root.GetChild(4).Delete();  // the last, so that adding goes after "2"
+  root.AddElementInto(L"e");
+  NodeContainer::iterator pos = root.begin();
+  ASSERT_TRUE(root.FindChild(L"a", pos));
+  root.DeleteChild(pos);           // in the middle
+  root.DeleteChild(root.begin());  // the first
+  EXPECT_EQ(L"T\"2\" E<b> E<e>", Picture(root));
+  EXPECT_EQ(3u, root.GetChildCount());
+  root.DeleteChildren();
+  root.AddText(L"t");
+  EXPECT_EQ(L"T\"t\"", Picture(root));
+}
+
+}  // namespace
