@@ -86,6 +86,8 @@ void Populate(void* memory, std::size_t bytes) {
 #endif
 }
 
+const int kMaxProbes = 16;
+
 std::size_t Hash(std::wstring_view name) {
   std::size_t hash = 2166136261u;
   for (wchar_t c : name) hash = (hash ^ static_cast<std::uint32_t>(c)) * 16777619u;
@@ -175,14 +177,20 @@ const StoredText& Arena::Intern(std::wstring_view name) {
     }
     m_names.swap(larger);
   }
+  // Sharing names saves memory only: names are compared by their characters, never by where
+  // they are stored. So a document made of names that collide on purpose gets a copy of each
+  // beyond a few steps, rather than a search that grows with every name.
   std::size_t slot = Hash(name) & (m_names.size() - 1);
-  for (; m_names[slot] != nullptr; slot = (slot + 1) & (m_names.size() - 1)) {
+  for (int step = 0; step < kMaxProbes; ++step, slot = (slot + 1) & (m_names.size() - 1)) {
+    if (m_names[slot] == nullptr) {
+      const StoredText& stored = CopyWide(name);
+      m_names[slot] = &stored;
+      ++m_nNames;
+      return stored;
+    }
     if (m_names[slot]->View() == name) return *m_names[slot];
   }
-  const StoredText& stored = name.empty() ? Private::s_emptyText : CopyWide(name);
-  m_names[slot] = &stored;
-  ++m_nNames;
-  return stored;
+  return CopyWide(name);
 }
 
 }  // namespace Xml

@@ -12,7 +12,6 @@
 
 namespace Xml {
 
-class Arena;
 class Bookmark;
 class GenerateContext;
 class NodeContainer;
@@ -257,9 +256,6 @@ class NodeContainer : public Node {
   static void DestroyNodes(Node* first);
 
  private:
-  friend class Element;  // whose attribute list is linked the same way
-  friend class Document;
-
   bool Insert(const Node& reference, Node* node, bool after);
 
   std::uint32_t m_nChildren = 0;
