@@ -35,13 +35,6 @@ TString DecodeSimply(const std::string& bytes) {
   return text;
 }
 
-TString Compact(const Document& document) {
-  TString out;
-  GenerateContext context(out, nullptr, GenerateContext::COMPACT);
-  document.GenerateXML(context);
-  return out;
-}
-
 TEST(CorpusTest, EveryFileEndsInADocumentOrAParsingException) {
   const std::filesystem::path corpus = KESTRAIL_XMLCONF_DIR;
   if (!std::filesystem::is_directory(corpus)) GTEST_SKIP() << "no corpus at " << corpus;

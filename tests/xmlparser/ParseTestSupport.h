@@ -35,6 +35,14 @@ inline TString Picture(const NodeContainer& container) {
   return out;
 }
 
+// A node's generated text, without line breaks or indentation.
+inline TString Compact(const Node& node) {
+  TString out;
+  GenerateContext context(out, nullptr, GenerateContext::COMPACT);
+  node.GenerateXML(context);
+  return out;
+}
+
 inline std::unique_ptr<Document> ParseText(const TString& text) {
   Parser parser;
   return std::unique_ptr<Document>(parser.Parse(text.data(), static_cast<int>(text.size())));

@@ -12,13 +12,6 @@ namespace {
 using namespace Xml;
 using namespace Xml::Testing;
 
-TString Compact(const Node& node) {
-  TString out;
-  GenerateContext context(out, nullptr, GenerateContext::COMPACT);
-  node.GenerateXML(context);
-  return out;
-}
-
 TEST(ParsedTreeTest, HandMadeAndParsedNodesMix) {
   std::unique_ptr<Document> document = ParseText(L"<r a=' 1 '><s><t>x</t></s><u>z</u>y</r>");
   Element& root = document->GetRoot();
