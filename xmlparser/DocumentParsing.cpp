@@ -41,13 +41,18 @@ bool ParsePseudoAttribute(Parser& parser, const wchar_t* keyword, PARSER_ERROR q
 
 Document* Document::Parse(Parser& parser) {
   std::unique_ptr<Document> document(new Document());
+  // The parser builds into the document's arena for as long as the parse lasts, and no longer,
+  // whether the parse ends in a document or an error.
+  struct ArenaInUse {
+    Parser& parser;
+    ~ArenaInUse() { parser.m_pArena = nullptr; }
+  } inUse{parser};
   parser.m_pArena = &document->m_arena;
   document->ParseProlog(parser);
   document->ParseRootElement(parser);
   document->ParseMiscs(parser);
   // A NUL character ends the text as its end does.
   if (parser.NextChar() != 0) parser.SyntaxError(PARSE_DATA_AFTER_ROOT);
-  parser.m_pArena = nullptr;
   return document.release();
 }
 

@@ -81,7 +81,7 @@ class Parser {
   // On the first line one more than the characters read on it; on later lines equal to them.
   int m_nColumn;
   int m_nPrevColumn;  // the column before the last character read, for stepping back
-  Arena* m_pArena;    // the memory of the document being parsed
+  Arena* m_pArena;    // the memory of the document being parsed; null between parses
 };
 
 // A saved reading position of one parser: a plain value on the stack of the routine using it.
