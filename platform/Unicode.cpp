@@ -1,8 +1,7 @@
 #include "platform/Unicode.h"
 
-#include <cstring>
-
 #include "platform/Terminal.h"
+#include "platform/Utf8.h"
 
 namespace {
 
@@ -21,73 +20,13 @@ const UniChar kMacRomanHigh[128] = {
     0x00AF, 0x02D8, 0x02D9, 0x02DA, 0x00B8, 0x02DD, 0x02DB, 0x02C7,
 };
 
-bool IsContinuation(UInt8 byte) { return (byte & 0xC0) == 0x80; }
-
-// The length of the well-formed multi-byte sequence at `p`, or 0. These are the sequences of the
-// Unicode standard: the second byte's range depends on the lead byte, which is how overlong
-// forms, encoded surrogates and values above U+10FFFF are refused without decoding them first.
-std::size_t SequenceLength(const UInt8* p, const UInt8* end) {
-  const UInt8 lead = *p;
-  std::size_t length;
-  UInt8 secondLow = 0x80, secondHigh = 0xBF;
-  if (lead >= 0xC2 && lead <= 0xDF) {
-    length = 2;
-  } else if (lead >= 0xE0 && lead <= 0xEF) {
-    length = 3;
-    if (lead == 0xE0) secondLow = 0xA0;
-    if (lead == 0xED) secondHigh = 0x9F;
-  } else if (lead >= 0xF0 && lead <= 0xF4) {
-    length = 4;
-    if (lead == 0xF0) secondLow = 0x90;
-    if (lead == 0xF4) secondHigh = 0x8F;
-  } else {
-    return 0;
-  }
-  if (static_cast<std::size_t>(end - p) < length) return 0;
-  if (p[1] < secondLow || p[1] > secondHigh) return 0;
-  for (std::size_t i = 2; i < length; ++i)
-    if (!IsContinuation(p[i])) return 0;
-  return length;
-}
-
 }  // namespace
 
 bool DecodeUtf8(const UInt8* bytes, std::size_t count, std::vector<UniChar>& units) {
   // No sequence gives more units than it has bytes, so one allocation serves the whole text.
   units.resize(count);
   UniChar* out = units.data();
-  const UInt8* p = bytes;
-  const UInt8* const end = bytes + count;
-  while (p < end) {
-    // Settings files are mostly ASCII: take eight such bytes at a time while they last.
-    while (end - p >= 8) {
-      std::uint64_t word;
-      std::memcpy(&word, p, sizeof word);
-      if ((word & 0x8080808080808080ULL) != 0) break;
-      for (int i = 0; i < 8; ++i) out[i] = p[i];
-      p += 8;
-      out += 8;
-    }
-    if (p == end) break;
-    const UInt8 lead = *p;
-    if (lead < 0x80) {
-      *out++ = lead;
-      ++p;
-      continue;
-    }
-    const std::size_t length = SequenceLength(p, end);
-    if (length == 0) return false;
-    UInt32 value = lead & (0xFF >> (length + 1));
-    for (std::size_t i = 1; i < length; ++i) value = (value << 6) | (p[i] & 0x3F);
-    p += length;
-    if (value < 0x10000) {
-      *out++ = static_cast<UniChar>(value);
-    } else {
-      value -= 0x10000;
-      *out++ = static_cast<UniChar>(0xD800 + (value >> 10));
-      *out++ = static_cast<UniChar>(0xDC00 + (value & 0x3FF));
-    }
-  }
+  if (!DecodeUtf8Units(bytes, bytes + count, out)) return false;
   units.resize(static_cast<std::size_t>(out - units.data()));
   return true;
 }
@@ -172,7 +111,7 @@ std::string TerminalText(const std::string& text) {
       ++p;
       continue;
     }
-    const std::size_t length = SequenceLength(p, end);
+    const std::size_t length = Utf8SequenceLength(p, end);
     if (length == 0) {
       escape(shown, "\\x", *p++);  // not UTF-8: a terminal may take a lone byte as a control
     } else if (length == 2 && p[0] == 0xC2 && p[1] < 0xA0) {

@@ -1,6 +1,5 @@
 #include "ovlib/general_framework/OVUtil.h"
 
-#include <cstdint>
 #include <cstring>
 #include <iterator>
 #include <memory>
@@ -8,26 +7,19 @@
 #include "ovlib/base_ui_framework/mac/MacUtil.h"
 #include "platform/CoreFoundation.h"
 #include "platform/Memory.h"
+#include "platform/Utf8.h"
 
 namespace {
 
-bool IsContinuation(unsigned char byte) { return (byte & 0xC0) == 0x80; }
-
-// Makes `text` an empty string with room for exactly `length` characters, its memory faulted in
-// at once: a whole file's text is large, and fresh pages trapped one at a time as the decoding
+// `length` characters of room in `text`, to be overwritten, with the memory faulted in at
+// once: a whole file's text is large, and fresh pages trapped one at a time as the decoding
 // reaches them cost more than the decoding itself.
-void ReserveExactly(TString& text, std::size_t length) {
+wchar_t* SizeExactly(TString& text, std::size_t length) {
   TString().swap(text);
   text.reserve(length);
   PrepareMemoryForWriting(text.data(), length * sizeof(wchar_t));
-}
-
-// Characters that well-formed UTF-8 decodes to: one per lead byte, and one more for each
-// character beyond U+FFFF, which becomes a surrogate pair.
-std::size_t DecodedLength(const unsigned char* p, const unsigned char* end) {
-  std::size_t length = 0;
-  for (; p < end; ++p) length += !IsContinuation(*p) + (*p >= 0xF0);
-  return length;
+  text.resize(length);
+  return text.data();
 }
 
 // Decodes UTF-8 straight into `text`, with the results of Utf8toUtf16 widened one unit per
@@ -36,62 +28,10 @@ std::size_t DecodedLength(const unsigned char* p, const unsigned char* end) {
 // as UTF-16 on the way: a whole file's text is the largest thing the application keeps.
 bool DecodeUtf8(const unsigned char* p, const unsigned char* end, TString& text) {
   if (end - p >= 3 && p[0] == 0xEF && p[1] == 0xBB && p[2] == 0xBF) p += 3;
-  wchar_t chunk[4096];
-  std::size_t used = 0;
-  ReserveExactly(text, DecodedLength(p, end));
-  while (p < end) {
-    if (used > sizeof chunk / sizeof chunk[0] - 16) {
-      text.append(chunk, used);
-      used = 0;
-    }
-    // Settings files are mostly ASCII: take eight such bytes at a time while they last.
-    std::uint64_t word;
-    if (end - p >= 8 && (std::memcpy(&word, p, sizeof word), (word & 0x8080808080808080ULL) == 0)) {
-      for (int i = 0; i < 8; ++i) chunk[used + i] = p[i];
-      used += 8;
-      p += 8;
-      continue;
-    }
-    const unsigned char lead = *p;
-    if (lead < 0x80) {
-      chunk[used++] = lead;
-      ++p;
-      continue;
-    }
-    // The well-formed sequences of the Unicode standard: the second byte's range depends on the
-    // lead byte, which refuses overlong forms, encoded surrogates and values above U+10FFFF.
-    std::ptrdiff_t length;
-    unsigned char secondLow = 0x80, secondHigh = 0xBF;
-    if (lead >= 0xC2 && lead <= 0xDF) {
-      length = 2;
-    } else if (lead >= 0xE0 && lead <= 0xEF) {
-      length = 3;
-      if (lead == 0xE0) secondLow = 0xA0;
-      if (lead == 0xED) secondHigh = 0x9F;
-    } else if (lead >= 0xF0 && lead <= 0xF4) {
-      length = 4;
-      if (lead == 0xF0) secondLow = 0x90;
-      if (lead == 0xF4) secondHigh = 0x8F;
-    } else {
-      return false;
-    }
-    if (end - p < length || p[1] < secondLow || p[1] > secondHigh) return false;
-    unsigned int value = lead & (0xFF >> (length + 1));
-    for (std::ptrdiff_t i = 1; i < length; ++i) {
-      if (!IsContinuation(p[i])) return false;
-      value = (value << 6) | (p[i] & 0x3F);
-    }
-    p += length;
-    if (value < 0x10000) {
-      chunk[used++] = static_cast<wchar_t>(value);
-    } else {
-      value -= 0x10000;
-      chunk[used++] = static_cast<wchar_t>(0xD800 + (value >> 10));
-      chunk[used++] = static_cast<wchar_t>(0xDC00 + (value & 0x3FF));
-    }
-  }
-  text.append(chunk, used);
-  return true;
+  std::size_t length = 0;  // one per lead byte, and one more per surrogate pair
+  for (const unsigned char* q = p; q < end; ++q) length += ((*q & 0xC0) != 0x80) + (*q >= 0xF0);
+  wchar_t* out = SizeExactly(text, length);
+  return DecodeUtf8Units(p, end, out);
 }
 
 }  // namespace
@@ -102,18 +42,11 @@ int ConvertFileBufferToWString(const std::vector<unsigned char>& buffer, TString
   const unsigned int mark = buffer[0] * 256u + buffer[1];
   if (mark == 0xFEFF || mark == 0xFFFE) {
     const bool bigEndian = mark == 0xFEFF;
-    ReserveExactly(text, buffer.size() / 2 - 1);
-    wchar_t chunk[4096];
-    std::size_t used = 0;
+    wchar_t* out = SizeExactly(text, buffer.size() / 2 - 1);
     for (std::size_t i = 2; i + 1 < buffer.size(); i += 2) {
       const unsigned int first = buffer[i], second = buffer[i + 1];
-      chunk[used++] = static_cast<wchar_t>(bigEndian ? first * 256 + second : second * 256 + first);
-      if (used == std::size(chunk)) {
-        text.append(chunk, used);
-        used = 0;
-      }
+      *out++ = static_cast<wchar_t>(bigEndian ? first * 256 + second : second * 256 + first);
     }
-    text.append(chunk, used);
     return 0;
   }
   // Bytes that are not UTF-8 give an empty text, as the converter's refusal does.
