@@ -78,8 +78,6 @@ OSStatus RunStandardAlert(DialogRef inAlert, ModalFilterUPP, DialogItemIndex* ou
   return noErr;
 }
 
-void DisposeDialog(DialogRef theDialog) { delete theDialog; }
-
 OSStatus SetControlTitleWithCFString(ControlRef control, CFStringRef title) {
   if (control == nullptr || title == nullptr) return paramErr;
   control->m_text = title->m_units;

@@ -60,9 +60,6 @@ OSStatus CreateStandardAlert(AlertType alertType, CFStringRef error, CFStringRef
 OSStatus RunStandardAlert(DialogRef inAlert, ModalFilterUPP filterProc,
                           DialogItemIndex* outItemHit);
 
-// Disposes of an alert that was made and is not going to be run.
-void DisposeDialog(DialogRef theDialog);
-
 // A control reduced to what the title calls touch: one text, which is both its title and its
 // edit text (the 'cfst' data of part 0). The caller owns the record: `OpaqueControlRef control;`.
 struct OpaqueControlRef {
