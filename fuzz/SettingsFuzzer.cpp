@@ -15,6 +15,7 @@
 #include "mac/Kestrail.h"
 #include "platform/DialogBackend.h"
 #include "platform/Files.h"
+#include "tests/ScriptedDialogBackend.h"
 
 namespace {
 

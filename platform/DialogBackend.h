@@ -1,10 +1,9 @@
 // DialogBackend.h: the seam between the alert calls of Dialogs.h and the choose-folder dialog of
 // Navigation.h and whatever shows them. One backend serves the process, picked once by
 // ActiveDialogBackend(); tests put their own in place with ScopedDialogBackend. The text backend
-// talks on the terminal; the scripted one answers from queues and records what it was shown.
+// talks on the terminal.
 #pragma once
 
-#include <deque>
 #include <iosfwd>
 #include <optional>
 #include <string>
@@ -75,19 +74,4 @@ class TextDialogBackend : public DialogBackend {
   std::istream& m_in;
   std::ostream& m_out;
   std::ostream& m_err;
-};
-
-// For tests: records every alert and answers with the queued items in turn, or with the alert's
-// default item once the queue is empty. Folder questions likewise: each message is recorded and
-// answered with the next queued path as it is, unchecked; an empty path or an empty queue
-// cancels.
-class ScriptedDialogBackend : public DialogBackend {
- public:
-  DialogItemIndex RunAlert(const AlertDescription& alert) override;
-  std::optional<std::string> ChooseFolder(const std::string& message) override;
-
-  std::deque<DialogItemIndex> m_queAnswers;
-  std::vector<AlertDescription> m_vecAlerts;
-  std::deque<std::string> m_queFolders;
-  std::vector<std::string> m_vecFolderQuestions;
 };

@@ -12,6 +12,7 @@
 #include "mac/Kestrail.h"
 #include "platform/EventLoop.h"
 #include "tests/FaultyDisk.h"
+#include "tests/ScriptedDialogBackend.h"
 #include "tests/ovlib/ps_filter_framework/SettingsHome.h"
 
 namespace {

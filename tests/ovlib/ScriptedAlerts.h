@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "platform/DialogBackend.h"
+#include "tests/ScriptedDialogBackend.h"
 
 // An alert's buttons as (label, item) pairs, in item order.
 using AlertButtons = std::vector<std::pair<std::string, int>>;

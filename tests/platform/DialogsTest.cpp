@@ -4,6 +4,7 @@
 
 #include "platform/DialogBackend.h"
 #include "platform/Dialogs.h"
+#include "tests/ScriptedDialogBackend.h"
 
 namespace {
 

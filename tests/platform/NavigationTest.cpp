@@ -7,6 +7,7 @@
 #include "platform/DialogBackend.h"
 #include "platform/Files.h"
 #include "platform/Navigation.h"
+#include "tests/ScriptedDialogBackend.h"
 #include "tests/TempFolder.h"
 
 namespace {
