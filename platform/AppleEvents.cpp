@@ -13,10 +13,10 @@
 #include <string>
 #include <vector>
 
-#include "platform/CFObject.h"
 #include "platform/EventLoop.h"
 #include "platform/Files.h"
 #include "platform/Terminal.h"
+#include "platform/internal/CFObject.h"
 
 struct OpaqueAEDataStorageType {
   struct Item {

@@ -15,8 +15,8 @@
 #include <string>
 #include <vector>
 
-#include "platform/CFObject.h"
-#include "platform/Unicode.h"
+#include "platform/internal/CFObject.h"
+#include "platform/internal/Unicode.h"
 
 namespace {
 

@@ -8,9 +8,9 @@
 #include <string>
 #include <vector>
 
-#include "platform/CFObject.h"
-#include "platform/PosixFiles.h"  // UserBaseFolder
-#include "platform/Unicode.h"
+#include "platform/internal/CFObject.h"
+#include "platform/internal/PosixFiles.h"  // UserBaseFolder
+#include "platform/internal/Unicode.h"
 #include "xmlparser/Xml.h"
 
 namespace {

@@ -6,8 +6,8 @@
 #include <map>
 #include <string>
 
-#include "platform/CFObject.h"
-#include "platform/Unicode.h"
+#include "platform/internal/CFObject.h"
+#include "platform/internal/Unicode.h"
 
 namespace {
 

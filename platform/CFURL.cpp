@@ -7,9 +7,9 @@
 #include <string>
 #include <vector>
 
-#include "platform/CFObject.h"
-#include "platform/PosixFiles.h"
-#include "platform/Unicode.h"
+#include "platform/internal/CFObject.h"
+#include "platform/internal/PosixFiles.h"
+#include "platform/internal/Unicode.h"
 
 namespace {
 

@@ -8,9 +8,9 @@
 #include <iostream>
 #include <memory>
 
-#include "platform/CFObject.h"
 #include "platform/Terminal.h"
 #include "platform/gtk/GtkDialogBackend.h"
+#include "platform/internal/CFObject.h"
 
 namespace {
 

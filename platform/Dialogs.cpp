@@ -5,8 +5,8 @@
 #include <string>
 #include <vector>
 
-#include "platform/CFObject.h"
 #include "platform/DialogBackend.h"
+#include "platform/internal/CFObject.h"
 
 struct OpaqueDialogPtr {
   AlertDescription m_alert;

@@ -17,8 +17,8 @@
 #include <vector>
 
 #include "platform/DiskBackend.h"
-#include "platform/PosixFiles.h"
-#include "platform/Unicode.h"
+#include "platform/internal/PosixFiles.h"
+#include "platform/internal/Unicode.h"
 
 namespace {
 

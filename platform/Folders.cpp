@@ -7,7 +7,7 @@
 #include <cstdlib>
 #include <string>
 
-#include "platform/PosixFiles.h"  // MacErrorFromErrno, UserBaseFolder
+#include "platform/internal/PosixFiles.h"  // MacErrorFromErrno, UserBaseFolder
 
 namespace {
 

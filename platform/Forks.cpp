@@ -10,7 +10,7 @@
 #include <vector>
 
 #include "platform/DiskBackend.h"
-#include "platform/PosixFiles.h"
+#include "platform/internal/PosixFiles.h"
 
 namespace {
 

@@ -4,9 +4,9 @@
 #include <optional>
 #include <string>
 
-#include "platform/CFObject.h"
 #include "platform/DialogBackend.h"
 #include "platform/Files.h"
+#include "platform/internal/CFObject.h"
 
 struct OpaqueNavDialog {
   std::string m_strMessage;

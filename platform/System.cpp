@@ -13,7 +13,7 @@
 #include <fstream>
 #include <string>
 
-#include "platform/CFObject.h"
+#include "platform/internal/CFObject.h"
 
 extern char** environ;
 

@@ -1,6 +1,6 @@
 // TemporaryFiles.cpp: the names of temporary files, their removal when a signal ends the process,
 // and the removal of those that a killed process left behind.
-#include "platform/PosixFiles.h"
+#include "platform/internal/PosixFiles.h"
 
 #include <dirent.h>
 #include <fcntl.h>

@@ -1,4 +1,4 @@
-#include "platform/Unicode.h"
+#include "platform/internal/Unicode.h"
 
 #include "platform/Terminal.h"
 #include "platform/Utf8.h"
