@@ -115,14 +115,6 @@ void InstallSetting(SettingFileRoutingInfo& info, const OVFileVersion& examined)
 SettingFileRoutingInfo::SettingFileRoutingInfo(OVFileSystemReference source)
     : sourceFile(source), isOldStyle(false), needsGlimmerboxFolder(false) {}
 
-int main() {
-  const OSErr status = AEInstallEventHandler(kCoreEventClass, kAEOpenDocuments,
-                                             KestrailHandleOpenAppleEvent, 0, false);
-  if (status != noErr) return status;
-  RunApplicationEventLoop();
-  return 0;
-}
-
 OSErr KestrailHandleOpenAppleEvent(const AppleEvent* event, AppleEvent*, long) {
   AEDescList list = {typeNull, nullptr};
   OSErr status = AEGetParamDesc(event, keyDirectObject, typeAEList, &list);
