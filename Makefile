@@ -10,8 +10,9 @@ PREFIX     ?= /usr/local
 
 # Debian packages, by what needs them.
 BUILD_PACKAGES := cmake make g++ pkg-config gettext libgtest-dev libboost-dev libgtk-3-dev \
-                  xvfb xdotool imagemagick tesseract-ocr tesseract-ocr-eng shared-mime-info \
-                  desktop-file-utils fonts-dejavu-core
+                  shared-mime-info desktop-file-utils
+# Only the tests need these: the window test runs the dialogs on a virtual display and reads them.
+TEST_PACKAGES  := xvfb xdotool imagemagick tesseract-ocr tesseract-ocr-eng fonts-dejavu-core
 BENCH_PACKAGES := libbenchmark-dev libpugixml-dev libxml2-dev libexpat1-dev
 FUZZ_PACKAGES  := clang libclang-rt-14-dev
 
@@ -19,21 +20,29 @@ FUZZ_PACKAGES  := clang libclang-rt-14-dev
 FUZZ_SECONDS ?= 60
 FUZZ_SEEDS   ?= ../shared/xmlconf
 
-CMAKE_CONFIGURE = cmake -S . -B $(1) -DCMAKE_BUILD_TYPE=$(2) $(3) >/dev/null
+# Quiet unless it fails; then everything it said is shown.
+CMAKE_CONFIGURE = out=$$(cmake -S . -B $(1) -DCMAKE_BUILD_TYPE=$(2) $(3) 2>&1) || { printf '%s\n' "$$out"; exit 1; }
 CTEST = ctest --test-dir $(1) --output-on-failure -j $(JOBS)
 
-.PHONY: all deps build check test asan install package demo bench bench-deps fuzz clean
+.PHONY: all deps build-deps test-deps build check test asan install package demo bench bench-deps \
+        fuzz clean
 
 all: build
 
-deps:
+# Every package that building and testing need.
+deps: build-deps test-deps
+
+build-deps:
 	@scripts/install-packages $(BUILD_PACKAGES)
 
-build: deps
+test-deps:
+	@scripts/install-packages $(TEST_PACKAGES)
+
+build: build-deps
 	$(call CMAKE_CONFIGURE,$(BUILD),RelWithDebInfo)
 	cmake --build $(BUILD) -j $(JOBS)
 
-test: build
+test: build test-deps
 	$(call CTEST,$(BUILD))
 
 asan: deps
@@ -53,7 +62,7 @@ package: build
 demo: build
 	@scripts/demo $(BUILD)/bin/kestrail
 
-bench-deps: deps
+bench-deps: build-deps
 	@scripts/install-packages $(BENCH_PACKAGES)
 
 bench: bench-deps
@@ -62,9 +71,9 @@ bench: bench-deps
 	cmake --build build-bench --target run-benchmarks
 	@bench/import.sh build-bench/bin/kestrail
 
-fuzz: deps
+fuzz: build-deps
 	@scripts/install-packages $(FUZZ_PACKAGES)
-	CC=clang CXX=clang++ $(call CMAKE_CONFIGURE,build-fuzz,RelWithDebInfo,-DKESTRAIL_FUZZ=ON -DKESTRAIL_TESTS=OFF)
+	export CC=clang CXX=clang++ && $(call CMAKE_CONFIGURE,build-fuzz,RelWithDebInfo,-DKESTRAIL_FUZZ=ON -DKESTRAIL_TESTS=OFF)
 	cmake --build build-fuzz -j $(JOBS) --target fuzzers
 	@scripts/run-fuzzers build-fuzz/fuzz $(FUZZ_SECONDS) $(FUZZ_SEEDS)
 
