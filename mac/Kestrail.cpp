@@ -5,6 +5,7 @@
 #include "ovlib/base_ui_framework/mac/MacUtil.h"
 #include "ovlib/general_framework/OVUtil.h"
 #include "ovlib/ps_filter_framework/SettingsUtils.h"
+#include "platform/CFHolder.h"
 #include "platform/Dialogs.h"
 #include "platform/Files.h"
 #include "platform/Navigation.h"
@@ -23,10 +24,8 @@ CFStringRef CopyLocalizedString(CFStringRef key) {
 
 // The import flow's alert for an outcome: shown when its text can be had, else nothing.
 void ShowAlert(CFStringRef key) {
-  CFStringRef message = CopyLocalizedString(key);
-  if (message == nullptr) return;
-  DisplayAlert(message);
-  CFRelease(message);
+  auto message = CFHold(CopyLocalizedString(key));
+  if (message != nullptr) DisplayAlert(message.get());
 }
 
 // A string's text, or an empty one for a string that could not be had (which has been reported).
@@ -104,10 +103,7 @@ void InstallSetting(SettingFileRoutingInfo& info, const OVFileVersion& examined)
     ShowAlert(CFSTR("Failure"));
     return;
   }
-  if (CFStringRef message = GetSuccessMessage(installed)) {
-    DisplayAlert(message);
-    CFRelease(message);
-  }
+  if (auto message = CFHold(GetSuccessMessage(installed))) DisplayAlert(message.get());
 }
 
 }  // namespace
@@ -173,16 +169,17 @@ void DisplayAlert(CFStringRef message) {
 }
 
 int ConfirmFileReplace(const TString& fileName) {
-  CFStringRef yes = CopyLocalizedString(CFSTR("Yes"));
+  // The texts may be missing (each is reported); the holders release only those that exist.
+  auto yes = CFHold(CopyLocalizedString(CFSTR("Yes")));
   if (yes == nullptr) OV_AssertFailed(kSourceFile, __LINE__, "ConfirmFileReplace");
-  CFStringRef no = CopyLocalizedString(CFSTR("No"));
+  auto no = CFHold(CopyLocalizedString(CFSTR("No")));
   if (no == nullptr) OV_AssertFailed(kSourceFile, __LINE__, "ConfirmFileReplace");
-  CFStringRef question = CopyLocalizedString(CFSTR("Confirm Replace Message"));
+  auto question = CFHold(CopyLocalizedString(CFSTR("Confirm Replace Message")));
   if (question == nullptr) OV_AssertFailed(kSourceFile, __LINE__, "ConfirmFileReplace");
 
-  const TString questionTemplate = TextOf(question);
-  CFStringRef message =
-      CreateCFStringRefFromTString(TStringParamReplace(&questionTemplate, fileName.c_str()));
+  const TString questionTemplate = TextOf(question.get());
+  auto message = CFHold(
+      CreateCFStringRefFromTString(TStringParamReplace(&questionTemplate, fileName.c_str())));
   if (message == nullptr) OV_AssertFailed(kSourceFile, __LINE__, "ConfirmFileReplace");
 
   // Keeping the existing file is both the default and the cancel answer, so that neither Return
@@ -191,8 +188,8 @@ int ConfirmFileReplace(const TString& fileName) {
   params.version = kStdCFStringAlertVersionOne;
   params.movable = false;
   params.helpButton = false;
-  params.defaultText = no;
-  params.cancelText = yes;
+  params.defaultText = no.get();
+  params.cancelText = yes.get();
   params.otherText = nullptr;
   params.defaultButton = kAlertStdAlertOKButton;
   params.cancelButton = kAlertStdAlertOKButton;
@@ -200,8 +197,7 @@ int ConfirmFileReplace(const TString& fileName) {
   params.flags = 0;
   DialogRef alert = nullptr;
   const OSStatus created =
-      CreateStandardAlert(kAlertCautionAlert, message, nullptr, &params, &alert);
-  for (CFStringRef text : {yes, no, question, message}) CFRelease(text);
+      CreateStandardAlert(kAlertCautionAlert, message.get(), nullptr, &params, &alert);
 
   DialogItemIndex item = 0;
   if (created != noErr || alert == nullptr || RunStandardAlert(alert, nullptr, &item) != noErr) {
@@ -211,17 +207,14 @@ int ConfirmFileReplace(const TString& fileName) {
 }
 
 CFStringRef GetSuccessMessage(FSRef* installedFile) {
-  CFURLRef url = CFURLCreateFromFSRef(kCFAllocatorDefault, installedFile);
+  auto url = CFHold(CFURLCreateFromFSRef(kCFAllocatorDefault, installedFile));
   if (url == nullptr) return nullptr;
-  CFStringRef path = CFURLCopyFileSystemPath(url, kCFURLPOSIXPathStyle);
-  CFRelease(url);
+  auto path = CFHold(CFURLCopyFileSystemPath(url.get(), kCFURLPOSIXPathStyle));
   if (path == nullptr) return nullptr;
-  const TString pathText = CreateTStringFromCFStringRef(path);
-  CFRelease(path);
-  CFStringRef success = CopyLocalizedString(CFSTR("Success"));
+  const TString pathText = CreateTStringFromCFStringRef(path.get());
+  auto success = CFHold(CopyLocalizedString(CFSTR("Success")));
   if (success == nullptr) return nullptr;
-  const TString successTemplate = CreateTStringFromCFStringRef(success);
-  CFRelease(success);
+  const TString successTemplate = CreateTStringFromCFStringRef(success.get());
   return CreateCFStringRefFromTString(TStringParamReplace(&successTemplate, pathText.c_str()));
 }
 

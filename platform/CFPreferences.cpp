@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "platform/CFHolder.h"
 #include "platform/internal/CFObject.h"
 #include "platform/internal/PosixFiles.h"  // UserBaseFolder
 #include "platform/internal/Unicode.h"
@@ -34,9 +35,9 @@ struct CFPropertyObject : CFObject {
   CFTypeID m_nTypeID;
 };
 
-typedef std::unique_ptr<const CFObject, void (*)(CFTypeRef)> Owned;
+typedef CFHolder<const CFObject*> Owned;
 
-Owned Own(const CFObject* object) { return Owned(object, CFRelease); }
+Owned Own(const CFObject* object) { return Owned(object); }
 
 // The text of a value element exactly as written: its text, references and CDATA sections,
 // without the white space normalising that element values get.

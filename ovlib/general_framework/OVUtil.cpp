@@ -5,6 +5,7 @@
 #include <memory>
 
 #include "ovlib/base_ui_framework/mac/MacUtil.h"
+#include "platform/CFHolder.h"
 #include "platform/CoreFoundation.h"
 #include "platform/Memory.h"
 #include "platform/Utf8.h"
@@ -55,12 +56,11 @@ int ConvertFileBufferToWString(const std::vector<unsigned char>& buffer, TString
 }
 
 std::vector<UniChar> Utf8toUtf16(const std::vector<unsigned char>& buffer) {
-  std::unique_ptr<const void, decltype(&CFRelease)> string(
-      CFStringCreateWithBytes(kCFAllocatorDefault, buffer.data(),
-                              static_cast<CFIndex>(buffer.size()), kCFStringEncodingUTF8, false),
-      &CFRelease);
+  auto string = CFHold(CFStringCreateWithBytes(kCFAllocatorDefault, buffer.data(),
+                                               static_cast<CFIndex>(buffer.size()),
+                                               kCFStringEncodingUTF8, false));
   if (string == nullptr) return std::vector<UniChar>();
-  const CFStringRef text = static_cast<CFStringRef>(string.get());
+  const CFStringRef text = string.get();
   std::vector<UniChar> units(static_cast<std::size_t>(CFStringGetLength(text)));
   CFStringGetCharacters(text, CFRangeMake(0, CFStringGetLength(text)), units.data());
   return units;

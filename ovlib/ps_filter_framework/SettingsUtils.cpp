@@ -6,11 +6,11 @@
 #include <cstring>
 #include <map>
 #include <memory>
-#include <type_traits>
 
 #include "ovlib/base_ui_framework/mac/MacUtil.h"
 #include "ovlib/general_framework/OVFileSystemReferenceMac.h"
 #include "ovlib/general_framework/OVUtil.h"
+#include "platform/CFHolder.h"
 #include "platform/CoreFoundation.h"
 #include "platform/Files.h"
 #include "platform/System.h"
@@ -34,12 +34,6 @@ namespace {
 const TString preferences_prefix = L"com.orvelle.";
 const TString maker_folder = L"Orvelle";
 const TString package_extension = L".f1s";
-
-// A platform object released when it goes out of scope, whatever path leaves the scope.
-template <class Ref>
-std::unique_ptr<std::remove_pointer_t<Ref>, void (*)(CFTypeRef)> Own(Ref object) {
-  return {object, CFRelease};
-}
 
 // The document that `text` holds, or null when it is not XML. Texts beyond the parser's count
 // are not settings anyone wrote; they read as not XML.
@@ -148,9 +142,9 @@ int DescendCreating(OVFileSystemReference& folder, const TString& name) {
 // to an existing object.
 bool PreferredBaseFolder(const TString& setName, OVFileSystemReference& base) {
   auto domain =
-      Own(CreateCFStringRefFromTString(preferences_prefix + ToLowerCaseAndStripSpaces(setName)));
+      CFHold(CreateCFStringRefFromTString(preferences_prefix + ToLowerCaseAndStripSpaces(setName)));
   if (!domain) return false;
-  auto value = Own(CFPreferencesCopyAppValue(CFSTR("User Folder"), domain.get()));
+  auto value = CFHold(CFPreferencesCopyAppValue(CFSTR("User Folder"), domain.get()));
   if (!value || CFGetTypeID(value.get()) != CFGetTypeID(domain.get())) return false;
   char path[1024];
   return CFStringGetCString(static_cast<CFStringRef>(value.get()), path, sizeof path,

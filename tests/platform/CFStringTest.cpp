@@ -5,16 +5,13 @@
 #include <utility>
 #include <vector>
 
+#include "platform/CFHolder.h"
 #include "platform/CoreFoundation.h"
 
 namespace {
 
-using StringHolder = std::unique_ptr<const void, decltype(&CFRelease)>;
-
-StringHolder Hold(CFStringRef string) { return StringHolder(string, &CFRelease); }
-
-std::u16string UnitsOf(const StringHolder& string) {
-  const CFStringRef ref = static_cast<CFStringRef>(string.get());
+std::u16string UnitsOf(const CFHolder<CFStringRef>& string) {
+  const CFStringRef ref = string.get();
   std::vector<UniChar> units(static_cast<std::size_t>(CFStringGetLength(ref)));
   CFStringGetCharacters(ref, CFRangeMake(0, CFStringGetLength(ref)), units.data());
   return std::u16string(units.begin(), units.end());
@@ -42,7 +39,7 @@ TEST(CFStringCreateWithBytesTest, Utf8AcceptsWellFormedText) {
   };
   for (const Case& c : cases) {
     SCOPED_TRACE(c.label);
-    StringHolder string = Hold(FromBytes(c.bytes, kCFStringEncodingUTF8));
+    auto string = CFHold(FromBytes(c.bytes, kCFStringEncodingUTF8));
     ASSERT_NE(string, nullptr);
     EXPECT_EQ(c.units, UnitsOf(string));
   }
@@ -71,7 +68,7 @@ TEST(CFStringCreateWithBytesTest, Utf8RefusesIllFormedTextAnywhere) {
 TEST(CFStringEncodingTest, MacRomanRoundTripsEveryByte) {
   std::string all;
   for (int byte = 1; byte < 256; ++byte) all += static_cast<char>(byte);
-  StringHolder string = Hold(FromBytes(all, kCFStringEncodingMacRoman));
+  auto string = CFHold(FromBytes(all, kCFStringEncodingMacRoman));
   ASSERT_NE(string, nullptr);
   const std::u16string units = UnitsOf(string);
   EXPECT_EQ(0x00C4, units[0x80 - 1]);
@@ -79,8 +76,7 @@ TEST(CFStringEncodingTest, MacRomanRoundTripsEveryByte) {
   EXPECT_EQ(0xF8FF, units[0xF0 - 1]);
   EXPECT_EQ(0x02C7, units[0xFF - 1]);
   char back[256];
-  ASSERT_TRUE(CFStringGetCString(static_cast<CFStringRef>(string.get()), back, sizeof back,
-                                 kCFStringEncodingMacRoman));
+  ASSERT_TRUE(CFStringGetCString(string.get(), back, sizeof back, kCFStringEncodingMacRoman));
   EXPECT_EQ(all, std::string(back));
 }
 

@@ -4,15 +4,12 @@
 #include <memory>
 #include <string>
 
+#include "platform/CFHolder.h"
 #include "platform/CoreFoundation.h"
 #include "platform/Files.h"
 #include "tests/TempFolder.h"
 
 namespace {
-
-using Holder = std::unique_ptr<const void, decltype(&CFRelease)>;
-
-Holder Hold(CFTypeRef object) { return Holder(object, &CFRelease); }
 
 std::string Utf8(CFStringRef string) {
   if (string == nullptr) return "(null)";
@@ -28,11 +25,10 @@ TEST(CFURLTest, FileURLOfAReferenceGivesBackItsPath) {
   std::filesystem::create_directory(folder);
   FSRef ref;
   ASSERT_EQ(noErr, FSPathMakeRef(reinterpret_cast<const UInt8*>(folder.c_str()), &ref, nullptr));
-  Holder url = Hold(CFURLCreateFromFSRef(nullptr, &ref));
+  auto url = CFHold(CFURLCreateFromFSRef(nullptr, &ref));
   ASSERT_NE(nullptr, url);
-  Holder path =
-      Hold(CFURLCopyFileSystemPath(static_cast<CFURLRef>(url.get()), kCFURLPOSIXPathStyle));
-  EXPECT_EQ(folder, Utf8(static_cast<CFStringRef>(path.get())));
+  auto path = CFHold(CFURLCopyFileSystemPath(url.get(), kCFURLPOSIXPathStyle));
+  EXPECT_EQ(folder, Utf8(path.get()));
   const FSRef nothing = {};
   EXPECT_EQ(nullptr, CFURLCreateFromFSRef(nullptr, &nothing));
 }

@@ -7,16 +7,12 @@
 
 #include "ovlib/general_framework/OVFileSystemReferenceMac.h"
 #include "ovlib/general_framework/OVUtil.h"
+#include "platform/CFHolder.h"
 #include "platform/System.h"
 
 namespace {
 
 const char kSource[] = "ovlib/base_ui_framework/mac/MacUtil";
-
-// What a Create... or Copy... call returns, released when the holder goes out of scope.
-using CFHolder = std::unique_ptr<const void, decltype(&CFRelease)>;
-
-CFHolder Hold(CFTypeRef object) { return CFHolder(object, &CFRelease); }
 
 #define SUPPORT_TELEPHONE "1-800-555-0142"
 #define SUPPORT_EMAIL "support@example.com"
@@ -115,12 +111,12 @@ void OV_AssertFailed(const char* file, unsigned int line, const char* function) 
   params.defaultText = CFSTR("Continue");
   params.cancelText = CFSTR("Debug");
   params.otherText = CFSTR("More Options");
-  CFHolder message = Hold(
+  auto message = CFHold(
       CFStringCreateWithCString(kCFAllocatorDefault, kReportMessage, kCFStringEncodingMacRoman));
-  CFHolder explanation = Hold(CreateReportExplanation(file, line, function));
+  auto explanation = CFHold(CreateReportExplanation(file, line, function));
   if (message == nullptr || explanation == nullptr) return;
-  const CFStringRef messageText = static_cast<CFStringRef>(message.get());
-  const CFStringRef explanationText = static_cast<CFStringRef>(explanation.get());
+  const CFStringRef messageText = message.get();
+  const CFStringRef explanationText = explanation.get();
   switch (RunReport(messageText, explanationText, params)) {
     case kAlertStdAlertCancelButton:
       Debugger();
@@ -191,10 +187,10 @@ TString CreateTStringFromCFStringRef(CFStringRef string) {
 }
 
 TString CreateWStringFromUniCharArray(UniChar* units, unsigned long count) {
-  CFHolder string =
-      Hold(CFStringCreateWithCharacters(kCFAllocatorDefault, units, static_cast<CFIndex>(count)));
+  auto string =
+      CFHold(CFStringCreateWithCharacters(kCFAllocatorDefault, units, static_cast<CFIndex>(count)));
   if (string == nullptr) return TString();
-  return CreateWStringFromCFStringRef(static_cast<CFStringRef>(string.get()));
+  return CreateWStringFromCFStringRef(string.get());
 }
 
 TString CreateTStringFromUniCharArray(UniChar* units, unsigned long count) {
@@ -202,9 +198,9 @@ TString CreateTStringFromUniCharArray(UniChar* units, unsigned long count) {
 }
 
 std::string ConvertWideCharStringToCharString(const TString& text) {
-  CFHolder string = Hold(CreateCFStringRefFromTString(text));
+  auto string = CFHold(CreateCFStringRefFromTString(text));
   if (string == nullptr) return std::string();
-  return CreateStringFromCFStringRef(static_cast<CFStringRef>(string.get()));
+  return CreateStringFromCFStringRef(string.get());
 }
 
 std::string CreateStringFromCFStringRef(CFStringRef string) {
@@ -221,10 +217,10 @@ std::string CreateStringFromCFStringRef(CFStringRef string) {
 }
 
 std::string CreateStringFromUniCharArray(UniChar* units, unsigned long count) {
-  CFHolder string =
-      Hold(CFStringCreateWithCharacters(kCFAllocatorDefault, units, static_cast<CFIndex>(count)));
+  auto string =
+      CFHold(CFStringCreateWithCharacters(kCFAllocatorDefault, units, static_cast<CFIndex>(count)));
   if (string == nullptr) return std::string();
-  return CreateStringFromCFStringRef(static_cast<CFStringRef>(string.get()));
+  return CreateStringFromCFStringRef(string.get());
 }
 
 CFStringRef CreateCFStringRefFromString(const std::string& text) {
@@ -232,9 +228,9 @@ CFStringRef CreateCFStringRefFromString(const std::string& text) {
 }
 
 TString ConvertCharStringToWideCharString(const std::string& text) {
-  CFHolder string = Hold(CreateCFStringRefFromString(text));
+  auto string = CFHold(CreateCFStringRefFromString(text));
   if (string == nullptr) return TString();
-  return CreateWStringFromCFStringRef(static_cast<CFStringRef>(string.get()));
+  return CreateWStringFromCFStringRef(string.get());
 }
 
 std::vector<UniChar> CreateUniCharVectorFromString(const std::string& text) {
@@ -242,18 +238,15 @@ std::vector<UniChar> CreateUniCharVectorFromString(const std::string& text) {
 }
 
 int CopyWStringToStr255(const TString& text, unsigned char* str255) {
-  CFHolder string = Hold(CreateCFStringRefFromWString(text));
+  auto string = CFHold(CreateCFStringRefFromWString(text));
   if (string == nullptr) return -1;
-  return CFStringGetPascalString(static_cast<CFStringRef>(string.get()), str255, 255,
-                                 kCFStringEncodingUnicode)
-             ? 0
-             : -1;
+  return CFStringGetPascalString(string.get(), str255, 255, kCFStringEncodingUnicode) ? 0 : -1;
 }
 
 OSStatus SetControlTitleWithTString(ControlRef control, const TString& title) {
-  CFHolder string = Hold(CreateCFStringRefFromTString(title));
+  auto string = CFHold(CreateCFStringRefFromTString(title));
   if (string == nullptr) return paramErr;
-  return SetControlTitleWithCFString(control, static_cast<CFStringRef>(string.get()));
+  return SetControlTitleWithCFString(control, string.get());
 }
 
 OSStatus SetControlTitleWithInt(ControlRef control, int value) {
@@ -262,7 +255,7 @@ OSStatus SetControlTitleWithInt(ControlRef control, int value) {
   const CFStringRef text =
       CFStringCreateWithCString(kCFAllocatorDefault, digits, kCFStringEncodingASCII);
   if (text == nullptr) return paramErr;
-  CFHolder holder = Hold(text);
+  auto holder = CFHold(text);
   // The edit text data is the string reference itself, so its size is a pointer's.
   return SetControlData(control, kControlEntireControl, kControlEditTextCFStringTag, sizeof text,
                         &text);
@@ -273,18 +266,17 @@ OSStatus GetControlTitleAsInt(ControlRef control, int& value) {
   const OSErr err = GetControlData(control, kControlEntireControl, kControlEditTextCFStringTag,
                                    sizeof text, &text, nullptr);
   if (err != noErr) return err;
-  CFHolder holder = Hold(text);
+  auto holder = CFHold(text);
   value = CFStringGetIntValue(text);
   return noErr;
 }
 
 int OpenURL(const TString& url) {
-  CFHolder text = Hold(CreateCFStringRefFromTString(url));
+  auto text = CFHold(CreateCFStringRefFromTString(url));
   if (text == nullptr) return -1;
-  CFHolder address = Hold(
-      CFURLCreateWithString(kCFAllocatorDefault, static_cast<CFStringRef>(text.get()), nullptr));
+  auto address = CFHold(CFURLCreateWithString(kCFAllocatorDefault, text.get(), nullptr));
   if (address == nullptr) return -1;
-  return LSOpenCFURLRef(static_cast<CFURLRef>(address.get()), nullptr) == noErr ? 0 : -1;
+  return LSOpenCFURLRef(address.get(), nullptr) == noErr ? 0 : -1;
 }
 
 OSStatus LoadFrameworkBundle(CFStringRef frameworkName, CFBundleRef* bundle) {
@@ -298,16 +290,14 @@ OSStatus LoadFrameworkBundle(CFStringRef frameworkName, CFBundleRef* bundle) {
   const OSErr err =
       FSFindFolder(kOnAppropriateDisk, kFrameworksFolderType, kCreateFolder, &frameworksFolder);
   if (err != noErr) return err;
-  CFHolder folderURL = Hold(CFURLCreateFromFSRef(kCFAllocatorSystemDefault, &frameworksFolder));
+  auto folderURL = CFHold(CFURLCreateFromFSRef(kCFAllocatorSystemDefault, &frameworksFolder));
   if (folderURL == nullptr) return coreFoundationUnknownErr;
-  CFHolder bundleURL = Hold(CFURLCreateCopyAppendingPathComponent(
-      kCFAllocatorSystemDefault, static_cast<CFURLRef>(folderURL.get()), frameworkName, false));
+  auto bundleURL = CFHold(CFURLCreateCopyAppendingPathComponent(
+      kCFAllocatorSystemDefault, folderURL.get(), frameworkName, false));
   if (bundleURL == nullptr) return coreFoundationUnknownErr;
-  *bundle = CFBundleCreate(kCFAllocatorSystemDefault, static_cast<CFURLRef>(bundleURL.get()));
-  if (*bundle != nullptr && CFBundleLoadExecutable(*bundle)) return noErr;
-  if (*bundle != nullptr) CFRelease(*bundle);
-  *bundle = nullptr;
-  return coreFoundationUnknownErr;
+  auto made = CFHold(CFBundleCreate(kCFAllocatorSystemDefault, bundleURL.get()));
+  *bundle = made != nullptr && CFBundleLoadExecutable(made.get()) ? made.release() : nullptr;
+  return *bundle != nullptr ? noErr : coreFoundationUnknownErr;
 }
 
 bool MacOSVersionNumberAtLeast(long version) {
