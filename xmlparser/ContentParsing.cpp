@@ -129,11 +129,9 @@ bool Element::ParseMarkup(Parser& parser, OpenElements& open) {
   const wchar_t after = next < parser.m_pEnd ? *next : 0;
   if (after == L'/') return ParseETag(parser);
   Node* markup = nullptr;
-  if (after == L'!') {
-    markup = Comment::Parse(parser, *this);
-    if (markup == nullptr) markup = CData::Parse(parser, *this);
-  } else if (after == L'?') {
-    markup = Pi::Parse(parser, *this);
+  if (after == L'!' || after == L'?') {
+    markup = Private::ParseCommentOrPi(parser, *this);
+    if (markup == nullptr && after == L'!') markup = CData::Parse(parser, *this);
   }
   if (markup != nullptr) {
     Append(markup);
@@ -245,6 +243,11 @@ bool Pi::ParsePITarget(Parser& parser, TString& target) {
     parser.SyntaxError(PARSE_PI_TARGET_XML);
   }
   return true;
+}
+
+Node* Private::ParseCommentOrPi(Parser& parser, NodeContainer& parent) {
+  if (Comment* comment = Comment::Parse(parser, parent)) return comment;
+  return Pi::Parse(parser, parent);
 }
 
 Reference* Reference::Parse(Parser& parser, NodeContainer& parent) {

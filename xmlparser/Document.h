@@ -28,8 +28,9 @@ class Document : public NodeContainer {
   Node& CloneNode(NodeContainer& parent) const override;
   void GenerateXML(GenerateContext& context) const override;
 
-  // A new document with default declaration values and copies of the children. Its root is
-  // not recorded (GetRoot() yields Element::null) although the root's copy is among them.
+  // A new document with default declaration values and copies of the children, which the
+  // caller owns and deletes (`delete &copy`). Its root is not recorded (GetRoot() yields
+  // Element::null) although the root's copy is among them.
   Document& Clone() const;
 
   // Appends the formatted text of the document, declaration first, to `out`.

@@ -103,12 +103,8 @@ bool Document::ParseSDDecl(Parser& parser, bool& standalone) {
 }
 
 bool Document::ParseMisc(Parser& parser) {
-  if (Comment* comment = Comment::Parse(parser, *this)) {
-    Append(comment);
-    return true;
-  }
-  if (Pi* pi = Pi::Parse(parser, *this)) {
-    Append(pi);
+  if (Node* markup = Private::ParseCommentOrPi(parser, *this)) {
+    Append(markup);
     return true;
   }
   return parser.ParseSpaces();

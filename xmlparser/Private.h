@@ -58,6 +58,10 @@ bool SkipName(Parser& parser);
 // name starts here.
 bool ScanName(Parser& parser, std::wstring_view& name);
 
+// A comment or processing instruction for `parent` where the parser stands: markup that may
+// stand at the document level and inside elements alike; null when neither starts here.
+Node* ParseCommentOrPi(Parser& parser, NodeContainer& parent);
+
 // Replaces every maximal run of white space, a trailing one included, by one space.
 void NormalizeWhiteSpaces(TString& text);
 // Removes leading and trailing white space.
