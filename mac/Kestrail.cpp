@@ -1,6 +1,7 @@
 #include "mac/Kestrail.h"
 
 #include <new>
+#include <optional>
 
 #include "ovlib/base_ui_framework/mac/MacUtil.h"
 #include "ovlib/general_framework/OVUtil.h"
@@ -42,15 +43,19 @@ int WriteSetting(SettingFileRoutingInfo& info, OVFileSystemReference& destinatio
                          : info.sourceFile.Copy(destination, installed, replace, &examined);
 }
 
-// The steps of the flow after the examination; each failure shows its alert and stops.
-void InstallSetting(SettingFileRoutingInfo& info, const OVFileVersion& examined) {
-  OVFileSystemReference destination = info.destinationFolder;
-  OVFileSystemReference glimmerboxFolder;
+// How a step of the flow ends: std::nullopt to go on to the next step; otherwise the flow ends
+// there, with the alert whose key is given, or silently (null) when the user kept the file.
+using StepEnd = std::optional<CFStringRef>;
+const StepEnd kKeptTheFile(std::in_place, nullptr);
+
+// The folder the setting goes in: the filter's folder, or for a Glimmerbox setting the filter's
+// folder inside the folder the user points at.
+StepEnd FindDestination(const SettingFileRoutingInfo& info, OVFileSystemReference& destination) {
+  destination = info.destinationFolder;
   if (info.needsGlimmerboxFolder) {
-    if (AskUserForGlimmerboxFolder(glimmerboxFolder) != 0) {
-      ShowAlert(CFSTR("Error Locating Glimmerbox"));
-      return;
-    }
+    OVFileSystemReference glimmerboxFolder;
+    if (AskUserForGlimmerboxFolder(glimmerboxFolder) != 0)
+      return CFSTR("Error Locating Glimmerbox");
     // The chosen folder holds an entry "Glimmerbox Settings"; a setting goes in only when that
     // and the filter's folder inside it are folders. Anything else installs nothing.
     OVFileSystemReference settingsFolder;
@@ -58,49 +63,63 @@ void InstallSetting(SettingFileRoutingInfo& info, const OVFileVersion& examined)
                                                 settingsFolder) != 0 ||
         !settingsFolder.IsFolder() ||
         settingsFolder.MakeSubobjectReference(info.filterName, destination) != 0) {
-      ShowAlert(CFSTR("Failure"));
-      return;
+      return CFSTR("Failure");
     }
   }
   // A file where the filter's folder should be cannot receive the setting. That is the user's
   // disk, not a fault of the program, so it gets the ordinary failure and no bug report.
-  if (!destination.IsFolder()) {
-    ShowAlert(CFSTR("Failure"));
-    return;
-  }
+  if (!destination.IsFolder()) return CFSTR("Failure");
+  return std::nullopt;
+}
 
+// A file is never installed into the folder that already holds it.
+StepEnd RefuseTheSourceFolder(const SettingFileRoutingInfo& info,
+                              const OVFileSystemReference& destination) {
   OVFileSystemReference sourceFolder;
-  if (info.sourceFile.MakeParentReference(sourceFolder) != 0) {
-    ShowAlert(CFSTR("Failure"));
-    return;
-  }
+  if (info.sourceFile.MakeParentReference(sourceFolder) != 0) return CFSTR("Failure");
   if (FSCompareFSRefs(sourceFolder, destination) == noErr) {
-    ShowAlert(CFSTR("Error Source and Destination Same"));
-    return;
+    return CFSTR("Error Source and Destination Same");
   }
-  TString name = info.settingName;
-  if (!info.isOldStyle && info.sourceFile.GetName(name) != 0) {
-    ShowAlert(CFSTR("Failure"));
-    return;
-  }
-  bool exists = false;
-  if (destination.SubobjectExists(name, exists) != 0) {
-    ShowAlert(CFSTR("Failure"));
-    return;
-  }
-  // A question that could not be asked does not stop the install.
-  if (exists && ConfirmFileReplace(name) == 1) return;
+  return std::nullopt;
+}
 
-  // A name found free is taken only while it stays free: another Kestrail may install a setting
-  // of that name meanwhile, and replacing that one needs the question as much as any.
-  OVFileSystemReference installed;
+// The name the setting is installed under: the package's setting name, or the file's own.
+StepEnd NameTheSetting(const SettingFileRoutingInfo& info, TString& name) {
+  name = info.settingName;
+  if (!info.isOldStyle && info.sourceFile.GetName(name) != 0) return CFSTR("Failure");
+  return std::nullopt;
+}
+
+// Writes the setting, asking first when its name is taken. A name found free is taken only
+// while it stays free: another Kestrail may install a setting of that name meanwhile, and
+// replacing that one needs the question as much as any. A question that could not be asked
+// does not stop the install.
+StepEnd WriteAskingBeforeReplace(SettingFileRoutingInfo& info, OVFileSystemReference& destination,
+                                 const TString& name, const OVFileVersion& examined,
+                                 OVFileSystemReference& installed) {
+  bool exists = false;
+  if (destination.SubobjectExists(name, exists) != 0) return CFSTR("Failure");
+  if (exists && ConfirmFileReplace(name) == 1) return kKeptTheFile;
   int status = WriteSetting(info, destination, exists, examined, installed);
   if (status != 0 && !exists && destination.SubobjectExists(name, exists) == 0 && exists) {
-    if (ConfirmFileReplace(name) == 1) return;
+    if (ConfirmFileReplace(name) == 1) return kKeptTheFile;
     status = WriteSetting(info, destination, true, examined, installed);
   }
-  if (status != 0) {
-    ShowAlert(CFSTR("Failure"));
+  if (status != 0) return CFSTR("Failure");
+  return std::nullopt;
+}
+
+// The steps of the flow after the examination, each of which may end it, and the one alert that
+// reports how it ended.
+void InstallSetting(SettingFileRoutingInfo& info, const OVFileVersion& examined) {
+  OVFileSystemReference destination, installed;
+  TString name;
+  StepEnd end = FindDestination(info, destination);
+  if (!end) end = RefuseTheSourceFolder(info, destination);
+  if (!end) end = NameTheSetting(info, name);
+  if (!end) end = WriteAskingBeforeReplace(info, destination, name, examined, installed);
+  if (end) {
+    if (*end != nullptr) ShowAlert(*end);
     return;
   }
   if (auto message = CFHold(GetSuccessMessage(installed))) DisplayAlert(message.get());
