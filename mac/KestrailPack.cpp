@@ -2,9 +2,11 @@
 // them out for Kestrail to install. One line per file on standard output (the package made) or
 // standard error (why not); the status is 1 when any file failed, 2 for a wrong command line.
 #include <iostream>
+#include <map>
 #include <string>
 #include <vector>
 
+#include "mac/CommandLine.h"
 #include "ovlib/base_ui_framework/mac/MacUtil.h"
 #include "ovlib/general_framework/OVFileSystemReferenceMac.h"
 #include "ovlib/ps_filter_framework/SettingsUtils.h"
@@ -13,17 +15,20 @@
 
 namespace {
 
-const char kUsage[] = "usage: kestrail-pack [--into FOLDER] OLD-SETTINGS-FILE...";
-
-const char kHelp[] =
+const ProgramDescription kKestrailPack = {
+    "kestrail-pack",
+    "usage: kestrail-pack [--into FOLDER] OLD-SETTINGS-FILE...",
     "Packages each old settings file as FILE.f1s, an old-style package that Kestrail installs\n"
     "into the settings folder of the file's filter. The filter is the first word of the file;\n"
     "the package carries the file up to its first zero byte.\n"
     "\n"
     "  --into FOLDER  write the packages into FOLDER (default: each file's own folder)\n"
     "  --help         show this help\n"
+    "  --version      show the version\n"
     "\n"
-    "An existing package is never replaced.\n";
+    "An existing package is never replaced.\n",
+    {"--into"},
+};
 
 // The path of `ref` as a terminal may show it.
 std::string PathOf(const OVFileSystemReference& ref) {
@@ -92,27 +97,12 @@ bool Package(const std::string& path, const OVFileSystemReference* into) {
 }  // namespace
 
 int main(int argc, char** argv) {
+  std::map<std::string, std::string> values;
   std::vector<std::string> files;
-  std::string into;
-  for (int i = 1; i < argc; ++i) {
-    const std::string argument = argv[i];
-    if (argument == "--help") {
-      std::cout << kUsage << "\n\n" << kHelp;
-      return 0;
-    }
-    if (argument == "--into" && i + 1 < argc) {
-      into = argv[++i];
-    } else if (argument.rfind("--", 0) == 0 && argument != "--") {
-      std::cerr << kUsage << "\n";
-      return 2;
-    } else if (argument != "--") {
-      files.push_back(argument);
-    }
-  }
-  if (files.empty()) {
-    std::cerr << kUsage << "\n";
-    return 2;
-  }
+  const int status = ReadCommandLine(kKestrailPack, std::vector<std::string>(argv + 1, argv + argc),
+                                     std::cout, std::cerr, values, files);
+  if (status >= 0) return status;
+  const std::string into = values["--into"];
   OVFileSystemReference intoFolder;
   if (!into.empty() && (!RefFromPath(into, intoFolder) || !intoFolder.IsFolder())) {
     std::cerr << "kestrail-pack: " << TerminalText(into) << ": not a folder\n";

@@ -57,13 +57,13 @@ OSErr CoerceFileURLToFSRef(const std::vector<UInt8>& bytes, FSRef& ref) {
   const std::string url(bytes.begin(), bytes.end());
   std::string path;
   if (!FileURLPath(url, path)) {
-    EventLoopErrorStream() << kApplicationName << ": " << TerminalText(url) << ": not a file URL\n";
+    EventLoopErrorStream() << ProgramName() << ": " << TerminalText(url) << ": not a file URL\n";
     return errAECoercionFail;
   }
   if (FSPathMakeRef(reinterpret_cast<const UInt8*>(path.c_str()), &ref, nullptr) == noErr)
     return noErr;
   // FSPathMakeRef fails only where realpath or lstat did, so errno still tells why.
-  EventLoopErrorStream() << kApplicationName << ": " << TerminalText(path) << ": "
+  EventLoopErrorStream() << ProgramName() << ": " << TerminalText(path) << ": "
                          << std::strerror(errno) << '\n';
   return errAECoercionFail;
 }

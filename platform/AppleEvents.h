@@ -93,8 +93,8 @@ OSErr AEGetNthPtr(const AEDescList* theAEDescList, long index, DescType desiredT
 OSErr AEInstallEventHandler(AEEventClass theAEEventClass, AEEventID theAEEventID,
                             AEEventHandlerUPP handler, long handlerRefcon, Boolean isSysHandler);
 
-// Reads the command line: --help and --version print and end the process with status 0, a
-// command line without files prints the usage and ends it with status 2. Otherwise delivers the
+// Reads the command line through the application's reader (SetCommandLineReader in
+// EventLoop.h), which may end the process with the status it returns. Otherwise delivers the
 // files' open-documents event to its handler and returns once that has been handled: after
 // QuitApplicationEventLoop, or when the handler returns without quitting, since the command line
 // brings no further events.

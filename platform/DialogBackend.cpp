@@ -8,6 +8,7 @@
 #include <iostream>
 #include <memory>
 
+#include "platform/EventLoop.h"
 #include "platform/Terminal.h"
 #include "platform/gtk/GtkDialogBackend.h"
 #include "platform/internal/CFObject.h"
@@ -51,7 +52,7 @@ std::unique_ptr<DialogBackend> ChooseDialogBackend() {
     std::string reason;
     if (DialogBackend* gtk = LoadGtkDialogBackend(reason))
       return std::unique_ptr<DialogBackend>(gtk);
-    std::cerr << "kestrail: no dialog windows (" << TerminalText(reason)
+    std::cerr << ProgramName() << ": no dialog windows (" << TerminalText(reason)
               << "); asking on the terminal" << std::endl;
   }
   return std::make_unique<TextDialogBackend>(std::cin, std::cout, std::cerr);

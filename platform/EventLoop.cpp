@@ -1,6 +1,8 @@
 // EventLoop.cpp: the handler table and the application event loop, fed by the command line.
 #include "platform/EventLoop.h"
 
+#include <errno.h>
+
 #include <cstdlib>
 #include <fstream>
 #include <iostream>
@@ -8,8 +10,6 @@
 #include <string>
 #include <utility>
 #include <vector>
-
-#include "platform/Terminal.h"
 
 namespace {
 
@@ -22,16 +22,7 @@ std::map<std::pair<AEEventClass, AEEventID>, InstalledHandler> s_mapHandlers;
 bool s_bQuitRequested = false;
 std::ostream* s_pLoopErrors = nullptr;
 
-const char kUsage[] = "usage: kestrail SETTINGS-FILE...";
-
-const char kHelp[] =
-    "Installs a saved setting of an Orvelle filter where the filter finds it: in the filter's\n"
-    "settings folder, which it makes the first time. It asks before it replaces a setting of the\n"
-    "same name and tells you where the setting went. Settings of the older Glimmerbox product go\n"
-    "into the Glimmerbox folder that you choose. Only the first file is installed.\n"
-    "\n"
-    "  --help     show this help\n"
-    "  --version  show the version\n";
+CommandLineReader s_pReader = nullptr;
 
 // The arguments after the program name, as the kernel keeps them: each ends with a zero byte.
 std::vector<std::string> CommandLineArguments() {
@@ -40,34 +31,6 @@ std::vector<std::string> CommandLineArguments() {
   for (std::string argument; std::getline(in, argument, '\0');) arguments.push_back(argument);
   if (!arguments.empty()) arguments.erase(arguments.begin());
   return arguments;
-}
-
-// Sorts the arguments into files; returns -1 to go on with them, or the process's exit status.
-int ReadArguments(const std::vector<std::string>& arguments, std::ostream& out, std::ostream& err,
-                  std::vector<std::string>& files) {
-  bool options = true;
-  for (const std::string& argument : arguments) {
-    if (options && argument == "--") {
-      options = false;
-    } else if (options && argument == "--help") {
-      out << kUsage << "\n\n" << kHelp;
-      return 0;
-    } else if (options && argument == "--version") {
-      out << kApplicationName << ' ' << KESTRAIL_VERSION << '\n';
-      return 0;
-    } else if (options && argument.size() > 1 && argument[0] == '-') {
-      err << kApplicationName << ": unknown option " << TerminalText(argument) << '\n'
-          << kUsage << '\n';
-      return 2;
-    } else {
-      files.push_back(argument);
-    }
-  }
-  if (files.empty()) {
-    err << kUsage << '\n';
-    return 2;
-  }
-  return -1;
 }
 
 }  // namespace
@@ -95,10 +58,17 @@ OSErr DispatchAppleEvent(const AppleEvent* event, AppleEvent* reply, bool& quit)
   return status;
 }
 
+void SetCommandLineReader(CommandLineReader reader) { s_pReader = reader; }
+
+std::string ProgramName() { return program_invocation_short_name; }
+
 int RunEventLoop(const std::vector<std::string>& arguments, std::ostream& out, std::ostream& err) {
-  std::vector<std::string> files;
-  const int status = ReadArguments(arguments, out, err, files);
-  if (status >= 0) return status;
+  std::vector<std::string> files = arguments;
+  if (s_pReader != nullptr) {
+    files.clear();
+    const int status = s_pReader(arguments, out, err, files);
+    if (status >= 0) return status;
+  }
   AppleEvent event, reply;
   AEInitializeDesc(&event);
   AEInitializeDesc(&reply);  // the sender waits for no reply

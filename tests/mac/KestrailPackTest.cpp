@@ -1,6 +1,7 @@
 // kestrail-pack, run as a user runs it.
 #include <gtest/gtest.h>
 
+#include "mac/Version.h"
 #include "tests/mac/RunProgram.h"
 #include "tests/ovlib/ps_filter_framework/SettingsHome.h"
 
@@ -44,6 +45,12 @@ TEST_F(KestrailPackTest, SaysWhyAFileWasNotPackaged) {
   run = Pack({"--help"});
   EXPECT_EQ(0, run.status);
   EXPECT_NE(std::string::npos, run.out.find("--into FOLDER"));
+  run = Pack({"--version"});
+  EXPECT_EQ(std::string("kestrail-pack ") + kVersion + "\n", run.out);
+  // After "--" a name that looks like an option is a file.
+  run = Pack({"--", "-x"});
+  EXPECT_EQ(1, run.status);
+  EXPECT_NE(std::string::npos, run.err.find("-x: no such file")) << run.err;
 }
 
 }  // namespace
