@@ -53,14 +53,16 @@ Node& OrNull(Node* found) { return found != nullptr ? *found : Node::null; }
 
 namespace Private {
 
-const StoredText& OwnedCopy(std::wstring_view text) {
-  if (text.empty()) return s_emptyText;
-  auto* stored =
-      static_cast<StoredText*>(::operator new(sizeof(StoredText) + text.size() * sizeof(wchar_t)));
+const StoredText& StoreWide(void* memory, std::wstring_view text) {
+  auto* stored = static_cast<StoredText*>(memory);
   stored->length = static_cast<std::uint32_t>(text.size());
   stored->narrow = 0;
   std::memcpy(const_cast<wchar_t*>(stored->Data()), text.data(), text.size() * sizeof(wchar_t));
   return *stored;
+}
+
+const StoredText& OwnedCopy(std::wstring_view text) {
+  return text.empty() ? s_emptyText : StoreWide(::operator new(WideSize(text)), text);
 }
 
 void ReleaseOwnedCopy(const StoredText& text) {

@@ -31,6 +31,12 @@ extern const FixedText<15> s_cdataName;
 extern const FixedText<9> s_commentName;
 extern const FixedText<10> s_documentName;
 
+// Writes `text`, four bytes per character, into `memory`, which holds WideSize(text) bytes.
+inline std::size_t WideSize(std::wstring_view text) {
+  return sizeof(StoredText) + text.size() * sizeof(wchar_t);
+}
+const StoredText& StoreWide(void* memory, std::wstring_view text);
+
 // A copy of `text` owned by a node off the arena (the empty text is shared), and its release.
 const StoredText& OwnedCopy(std::wstring_view text);
 void ReleaseOwnedCopy(const StoredText& text);
