@@ -4,42 +4,34 @@
 
 namespace Xml {
 
+namespace {
+
+template <NODE_KIND Kind>
+const StoredText& NameOf() {
+  if constexpr (Kind == NODE_TEXT) return Private::s_textName.text;
+  if constexpr (Kind == NODE_CDATA) return Private::s_cdataName.text;
+  if constexpr (Kind == NODE_COMMENT) return Private::s_commentName.text;
+}
+
+}  // namespace
+
 // Nodes off the arena own a copy of their text; parsed ones share the arena's.
-Text::Text(NodeContainer& parent, std::wstring_view text)
-    : Node(parent, Private::s_textName.text, 0), m_pText(&Private::OwnedCopy(text)) {}
-Text::Text(std::wstring_view text) : Text(Node::null, text) {}
-Text::Text(NodeContainer& parent, const StoredText& text, ArenaKey)
-    : Node(parent, Private::s_textName.text, kInArena), m_pText(&text) {}
-Text::~Text() {
+template <NODE_KIND Kind>
+CharacterData<Kind>::CharacterData(NodeContainer& parent, std::wstring_view text)
+    : Node(parent, NameOf<Kind>(), 0), m_pText(&Private::OwnedCopy(text)) {}
+template <NODE_KIND Kind>
+CharacterData<Kind>::CharacterData(std::wstring_view text) : CharacterData(Node::null, text) {}
+template <NODE_KIND Kind>
+CharacterData<Kind>::CharacterData(NodeContainer& parent, const StoredText& text, ArenaKey)
+    : Node(parent, NameOf<Kind>(), kInArena), m_pText(&text) {}
+template <NODE_KIND Kind>
+CharacterData<Kind>::~CharacterData() {
   if (!InArena()) Private::ReleaseOwnedCopy(*m_pText);
 }
-bool Text::IsKindOf(int kind) const { return kind == NODE_TEXT; }
-Node& Text::CloneNode(NodeContainer& parent) const { return Clone(parent); }
-Text& Text::Clone(NodeContainer& parent) const { return *new Text(parent, GetData()); }
 
-CData::CData(NodeContainer& parent, std::wstring_view text)
-    : Node(parent, Private::s_cdataName.text, 0), m_pText(&Private::OwnedCopy(text)) {}
-CData::CData(std::wstring_view text) : CData(Node::null, text) {}
-CData::CData(NodeContainer& parent, const StoredText& text, ArenaKey)
-    : Node(parent, Private::s_cdataName.text, kInArena), m_pText(&text) {}
-CData::~CData() {
-  if (!InArena()) Private::ReleaseOwnedCopy(*m_pText);
-}
-bool CData::IsKindOf(int kind) const { return kind == NODE_CDATA; }
-Node& CData::CloneNode(NodeContainer& parent) const { return Clone(parent); }
-CData& CData::Clone(NodeContainer& parent) const { return *new CData(parent, GetData()); }
-
-Comment::Comment(NodeContainer& parent, std::wstring_view text)
-    : Node(parent, Private::s_commentName.text, 0), m_pText(&Private::OwnedCopy(text)) {}
-Comment::Comment(std::wstring_view text) : Comment(Node::null, text) {}
-Comment::Comment(NodeContainer& parent, const StoredText& text, ArenaKey)
-    : Node(parent, Private::s_commentName.text, kInArena), m_pText(&text) {}
-Comment::~Comment() {
-  if (!InArena()) Private::ReleaseOwnedCopy(*m_pText);
-}
-bool Comment::IsKindOf(int kind) const { return kind == NODE_COMMENT; }
-Node& Comment::CloneNode(NodeContainer& parent) const { return Clone(parent); }
-Comment& Comment::Clone(NodeContainer& parent) const { return *new Comment(parent, GetData()); }
+template class CharacterData<NODE_TEXT>;
+template class CharacterData<NODE_CDATA>;
+template class CharacterData<NODE_COMMENT>;
 
 Pi::Pi(NodeContainer& parent, std::wstring_view target, std::wstring_view data)
     : Node(parent, target), m_pData(&Private::OwnedCopy(data)) {}

@@ -10,72 +10,62 @@ namespace Xml {
 
 class Parser;
 
-class Text : public Node {
+// Text, CDATA sections and comments differ only in their kind, their name and how they are read
+// and written, so they are one class template; each kind is still a class of its own, made
+// directly from Node.
+template <NODE_KIND Kind>
+class CharacterData : public Node {
  public:
-  Text(NodeContainer& parent, std::wstring_view text);
-  explicit Text(std::wstring_view text);
-  Text(NodeContainer& parent, const StoredText& text, ArenaKey);
-  ~Text() override;
+  // The failed lookup of a CDATA section (a comment). Text has no null object.
+  static CharacterData null;
+
+  CharacterData(NodeContainer& parent, std::wstring_view text);
+  explicit CharacterData(std::wstring_view text);
+  CharacterData(NodeContainer& parent, const StoredText& text, ArenaKey);
+  ~CharacterData() override;
+
+  // "<![CDATA[" text "]]>", or "<!--" text "-->"; null when none starts here. Text is read by
+  // the element that holds it.
+  static CharacterData* Parse(Parser& parser, NodeContainer& parent) requires(Kind != NODE_TEXT);
 
   TString GetData() const override { return m_pText->ToString(); }
   TString GetValue() const override { return m_pText->ToString(); }
-  bool IsKindOf(int kind) const override;
-  Node& CloneNode(NodeContainer& parent) const override;
+  bool IsKindOf(int kind) const override { return kind == Kind; }
+  Node& CloneNode(NodeContainer& parent) const override { return Clone(parent); }
   void GenerateXML(GenerateContext& context) const override;
 
-  Text& Clone(NodeContainer& parent) const;
+  CharacterData& Clone(NodeContainer& parent) const {
+    return *new CharacterData(parent, GetData());
+  }
 
  private:
   const StoredText* m_pText;
 };
 
-class CData : public Node {
- public:
-  static CData null;
+using Text = CharacterData<NODE_TEXT>;
+using CData = CharacterData<NODE_CDATA>;
+using Comment = CharacterData<NODE_COMMENT>;
 
-  CData(NodeContainer& parent, std::wstring_view text);
-  explicit CData(std::wstring_view text);
-  CData(NodeContainer& parent, const StoredText& text, ArenaKey);
-  ~CData() override;
+// What differs between the kinds, defined with the rest of their kind's reading and writing.
+template <>
+CData CData::null;
+template <>
+Comment Comment::null;
+template <>
+CData* CData::Parse(Parser& parser, NodeContainer& parent);
+template <>
+Comment* Comment::Parse(Parser& parser, NodeContainer& parent);
+template <>
+void Text::GenerateXML(GenerateContext& context) const;
+template <>
+void CData::GenerateXML(GenerateContext& context) const;
+template <>
+void Comment::GenerateXML(GenerateContext& context) const;
 
-  // "<![CDATA[" text "]]>"; null when no section starts here.
-  static CData* Parse(Parser& parser, NodeContainer& parent);
-
-  TString GetData() const override { return m_pText->ToString(); }
-  TString GetValue() const override { return m_pText->ToString(); }
-  bool IsKindOf(int kind) const override;
-  Node& CloneNode(NodeContainer& parent) const override;
-  void GenerateXML(GenerateContext& context) const override;
-
-  CData& Clone(NodeContainer& parent) const;
-
- private:
-  const StoredText* m_pText;
-};
-
-class Comment : public Node {
- public:
-  static Comment null;
-
-  Comment(NodeContainer& parent, std::wstring_view text);
-  explicit Comment(std::wstring_view text);
-  Comment(NodeContainer& parent, const StoredText& text, ArenaKey);
-  ~Comment() override;
-
-  // "<!--" text "-->"; null when no comment starts here.
-  static Comment* Parse(Parser& parser, NodeContainer& parent);
-
-  TString GetData() const override { return m_pText->ToString(); }
-  TString GetValue() const override { return m_pText->ToString(); }
-  bool IsKindOf(int kind) const override;
-  Node& CloneNode(NodeContainer& parent) const override;
-  void GenerateXML(GenerateContext& context) const override;
-
-  Comment& Clone(NodeContainer& parent) const;
-
- private:
-  const StoredText* m_pText;
-};
+// Built once, in the library.
+extern template class CharacterData<NODE_TEXT>;
+extern template class CharacterData<NODE_CDATA>;
+extern template class CharacterData<NODE_COMMENT>;
 
 // A processing instruction: its name is the target, its data everything after the target and
 // the white space that follows it.

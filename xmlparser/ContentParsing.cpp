@@ -211,6 +211,7 @@ bool Attribute::ParseAttValue(Parser& parser) {
   }
 }
 
+template <>
 Comment* Comment::Parse(Parser& parser, NodeContainer& parent) {
   if (!parser.ParseString(L"<!--")) return nullptr;
   Bookmark start(parser);
@@ -219,6 +220,7 @@ Comment* Comment::Parse(Parser& parser, NodeContainer& parent) {
   return parser.Make<Comment>(parent, parser.Copy(start.GetSpan(3)));
 }
 
+template <>
 CData* CData::Parse(Parser& parser, NodeContainer& parent) {
   if (!parser.ParseString(L"<![CDATA[")) return nullptr;
   Bookmark start(parser);

@@ -5,13 +5,12 @@
 #include <string_view>
 #include <vector>
 
+#include "xmlparser/CharacterData.h"
 #include "xmlparser/Node.h"
 
 namespace Xml {
 
 class Attribute;
-class CData;
-class Comment;
 class Parser;
 class Pi;
 

@@ -240,12 +240,17 @@ void Attribute::GenerateXML(GenerateContext& context) const {
   context.Write(L"\"");
 }
 
-void Text::GenerateXML(GenerateContext& context) const { WriteStored(context, *m_pText, true); }
+template <>
+void Text::GenerateXML(GenerateContext& context) const {
+  WriteStored(context, *m_pText, true);
+}
 
+template <>
 void CData::GenerateXML(GenerateContext& context) const {
   GenerateClosedMarkup(context, L"<![CDATA[", {}, *m_pText, L"]]>");
 }
 
+template <>
 void Comment::GenerateXML(GenerateContext& context) const {
   GenerateClosedMarkup(context, L"<!--", {}, *m_pText, L"-->");
 }

@@ -24,8 +24,10 @@ NodeContainer& Node::null = Element::null;
 
 Attribute Attribute::null(Element::null, L"");
 Element Element::null(Element::null, L"");
+template <>
 Comment Comment::null(Element::null, L"");
 Pi Pi::null(Element::null, L"", L"");
+template <>
 CData CData::null(Element::null, L"");
 
 namespace Private {
