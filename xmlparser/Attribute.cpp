@@ -13,7 +13,9 @@ Attribute::Attribute(NodeContainer& parent, const StoredText& name, ArenaKey)
 
 TString Attribute::GetData() const { return GetValue(); }
 
-TString Attribute::GetValue() const { return Private::ContainerValue(*this); }
+TString Attribute::GetValue() const {
+  return Private::ContainerValue(*this, Private::ValueSpaces::kTrim);
+}
 
 bool Attribute::IsKindOf(int kind) const { return kind == NODE_ATTRIBUTE; }
 

@@ -25,7 +25,9 @@ Document::~Document() { DeleteChildren(); }
 
 TString Document::GetData() const { return TString(); }
 
-TString Document::GetValue() const { return Private::ContainerValue(*this); }
+TString Document::GetValue() const {
+  return Private::ContainerValue(*this, Private::ValueSpaces::kNormalize);
+}
 
 bool Document::IsKindOf(int kind) const { return kind == NODE_DOCUMENT; }
 

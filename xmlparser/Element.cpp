@@ -42,7 +42,10 @@ Element::~Element() {
 
 TString Element::GetData() const { return TString(); }
 
-TString Element::GetValue() const { return Private::ContainerValue(*this); }
+TString Element::GetValue() const {
+  return Private::ContainerValue(
+      *this, PreservesSpaces() ? Private::ValueSpaces::kKeep : Private::ValueSpaces::kNormalize);
+}
 
 bool Element::IsKindOf(int kind) const { return kind == NODE_ELEMENT; }
 

@@ -2,7 +2,6 @@
 // GenerateXML.
 #include <algorithm>
 #include <iterator>
-#include <typeinfo>
 #include <vector>
 
 #include "xmlparser/Attribute.h"
@@ -199,7 +198,7 @@ void Element::GenerateXML(GenerateContext& context) const {
       continue;
     }
     const Node* child = *top.next++;
-    if (typeid(*child) == typeid(Element)) {
+    if (Private::IsExactly<Element>(*child)) {
       auto* element = static_cast<const Element*>(child);
       if (element->GenerateStartTag(context)) open.push_back({element, element->begin()});
     } else {

@@ -2,7 +2,6 @@
 
 #include <cstring>
 #include <memory>
-#include <typeinfo>
 #include <utility>
 #include <vector>
 
@@ -227,7 +226,7 @@ void NodeContainer::CloneChildren(NodeContainer& target) const {
     auto [source, copy] = pending.back();
     pending.pop_back();
     for (const Node* child : *source) {
-      if (typeid(*child) == typeid(Element)) {
+      if (Private::IsExactly<Element>(*child)) {
         Element* element = new Element(*copy, child->GetName());
         copy->Add(element);
         pending.emplace_back(static_cast<const Element*>(child), element);

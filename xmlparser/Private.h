@@ -5,6 +5,7 @@
 #include <functional>
 #include <map>
 #include <string_view>
+#include <typeinfo>
 
 #include "xmlparser/Node.h"
 #include "xmlparser/TString.h"
@@ -86,10 +87,23 @@ void FillMap(std::map<wchar_t, TString>& escapes);
 // Writes `text` with < > & ' " replaced by their entity references.
 void EscapeCharacters(GenerateContext& context, std::wstring_view text);
 
+// What a container's value does with the white space of its children's values: an element's
+// normalises it unless the element preserves spaces, an attribute's trims it, a document's
+// normalises it.
+enum class ValueSpaces { kNormalize, kTrim, kKeep };
+
 // The value of an element, attribute or document: its children's values concatenated, then
-// finished by the container's own rule. Nested containers are walked from a work list, so the
-// depth of the tree never reaches the machine stack.
-TString ContainerValue(const NodeContainer& container);
+// finished by the container's rule. Nested containers are walked from a work list, so the depth
+// of the tree never reaches the machine stack.
+TString ContainerValue(const NodeContainer& container, ValueSpaces spaces);
+
+// True when `node` is a T itself, not of a class derived from T. The tree walks do the work of
+// an element (attribute, document) themselves, in place of its virtual call, so that depth never
+// reaches the machine stack; a derived class may have changed that work, so it is asked instead.
+template <class T>
+bool IsExactly(const Node& node) {
+  return typeid(node) == typeid(T);
+}
 
 }  // namespace Private
 }  // namespace Xml

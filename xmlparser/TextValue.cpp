@@ -1,5 +1,5 @@
 // The text value of containers, and the white space rules it applies.
-#include <typeinfo>
+#include <optional>
 #include <vector>
 
 #include "xmlparser/Attribute.h"
@@ -11,22 +11,21 @@ namespace Xml {
 namespace Private {
 namespace {
 
-// Containers whose value is the standard one, so that it can be computed from the work list;
-// a class derived from them may define its own GetValue and is asked for it.
-bool HasStandardValue(const Node& node) {
-  const std::type_info& type = typeid(node);
-  return type == typeid(Element) || type == typeid(Attribute) || type == typeid(Document);
+// The white space rule of a container whose value is the standard one, so that it can be
+// computed from the work list; none for other nodes, which are asked for their value.
+std::optional<ValueSpaces> StandardValueSpaces(const Node& node) {
+  if (IsExactly<Element>(node)) {
+    return static_cast<const Element&>(node).PreservesSpaces() ? ValueSpaces::kKeep
+                                                               : ValueSpaces::kNormalize;
+  }
+  if (IsExactly<Attribute>(node)) return ValueSpaces::kTrim;
+  if (IsExactly<Document>(node)) return ValueSpaces::kNormalize;
+  return std::nullopt;
 }
 
-// Applies the container's own rule to the concatenation of its children's values.
-void FinishValue(const NodeContainer& container, TString& value) {
-  if (container.IsKindOf(NODE_ELEMENT)) {
-    if (!static_cast<const Element&>(container).PreservesSpaces()) Normalize(value);
-  } else if (container.IsKindOf(NODE_ATTRIBUTE)) {
-    TrimSpaces(value);
-  } else {
-    Normalize(value);
-  }
+void Finish(ValueSpaces spaces, TString& value) {
+  if (spaces == ValueSpaces::kNormalize) Normalize(value);
+  if (spaces == ValueSpaces::kTrim) TrimSpaces(value);
 }
 
 }  // namespace
@@ -59,27 +58,28 @@ void Normalize(TString& text) {
   TrimSpaces(text);
 }
 
-TString ContainerValue(const NodeContainer& container) {
+TString ContainerValue(const NodeContainer& container, ValueSpaces spaces) {
   struct Frame {
     const NodeContainer* container;
+    ValueSpaces spaces;
     NodeContainer::const_iterator next;
     TString value;
   };
   std::vector<Frame> frames;
-  frames.push_back({&container, container.begin(), TString()});
+  frames.push_back({&container, spaces, container.begin(), TString()});
   for (;;) {
     Frame& top = frames.back();
     if (top.next != top.container->end()) {
       const Node* child = *top.next++;
-      if (HasStandardValue(*child)) {
+      if (std::optional<ValueSpaces> nestedSpaces = StandardValueSpaces(*child)) {
         auto* nested = static_cast<const NodeContainer*>(child);
-        frames.push_back({nested, nested->begin(), TString()});
+        frames.push_back({nested, *nestedSpaces, nested->begin(), TString()});
       } else {
         top.value += child->GetValue();
       }
       continue;
     }
-    FinishValue(*top.container, top.value);
+    Finish(top.spaces, top.value);
     if (frames.size() == 1) return std::move(top.value);
     TString value = std::move(top.value);
     frames.pop_back();
