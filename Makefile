@@ -22,7 +22,7 @@ FUZZ_SEEDS   ?= ../shared/xmlconf
 
 # Quiet unless it fails; then everything it said is shown.
 CMAKE_CONFIGURE = out=$$(cmake -S . -B $(1) -DCMAKE_BUILD_TYPE=$(2) $(3) 2>&1) || { printf '%s\n' "$$out"; exit 1; }
-CTEST = ctest --test-dir $(1) --output-on-failure -j $(JOBS)
+CTEST = scripts/run-tests $(1) $(JOBS)
 
 .PHONY: all deps build-deps test-deps build check test asan install package demo bench bench-deps \
         fuzz clean

@@ -37,7 +37,8 @@ TString DecodeSimply(const std::string& bytes) {
 
 TEST(CorpusTest, EveryFileEndsInADocumentOrAParsingException) {
   const std::filesystem::path corpus = KESTRAIL_XMLCONF_DIR;
-  if (!std::filesystem::is_directory(corpus)) GTEST_SKIP() << "no corpus at " << corpus;
+  if (!std::filesystem::is_directory(corpus))
+    GTEST_SKIP() << "no conformance corpus at " << corpus.string();
   int documents = 0, rejected = 0;
   for (const auto& entry : std::filesystem::recursive_directory_iterator(corpus)) {
     if (!entry.is_regular_file() || entry.path().extension() != ".xml") continue;
