@@ -20,8 +20,10 @@ FUZZ_PACKAGES  := clang libclang-rt-14-dev
 FUZZ_SECONDS ?= 60
 FUZZ_SEEDS   ?= ../shared/xmlconf
 
-# Quiet unless it fails; then everything it said is shown.
-CMAKE_CONFIGURE = out=$$(cmake -S . -B $(1) -DCMAKE_BUILD_TYPE=$(2) $(3) 2>&1) || { printf '%s\n' "$$out"; exit 1; }
+# Quiet but for the project's own notices ("-- Kestrail: ..."); when it fails, everything it said
+# is shown.
+CMAKE_CONFIGURE = out=$$(cmake -S . -B $(1) -DCMAKE_BUILD_TYPE=$(2) $(3) 2>&1) || { printf '%s\n' "$$out"; exit 1; }; \
+                  printf '%s\n' "$$out" | grep '^-- Kestrail: ' || true
 CTEST = scripts/run-tests $(1) $(JOBS)
 
 .PHONY: all deps build-deps test-deps build check test asan install package demo bench bench-deps \
