@@ -10,7 +10,7 @@ PREFIX     ?= /usr/local
 
 # Debian packages, by what needs them.
 BUILD_PACKAGES := cmake make g++ pkg-config gettext libgtest-dev libboost-dev libgtk-3-dev \
-                  shared-mime-info desktop-file-utils
+                  shared-mime-info desktop-file-utils scdoc dpkg-dev
 # Only the tests need these: the window test runs the dialogs on a virtual display and reads them.
 TEST_PACKAGES  := xvfb xdotool imagemagick tesseract-ocr tesseract-ocr-eng fonts-dejavu-core
 BENCH_PACKAGES := libbenchmark-dev libpugixml-dev libxml2-dev libexpat1-dev
