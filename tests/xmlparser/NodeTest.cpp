@@ -13,9 +13,8 @@ using namespace Xml::Testing;
 
 TEST(NodeTest, NullObjects) {
   EXPECT_EQ(&Node::null, &Element::null);
-  EXPECT_EQ(&Element::null.GetParent(), &Element::null);
-  for (const Node* node : std::initializer_list<const Node*>{&Attribute::null, &Comment::null,
-                                                             &Pi::null, &CData::null}) {
+  for (const Node* node : std::initializer_list<const Node*>{
+           &Element::null, &Attribute::null, &Comment::null, &Pi::null, &CData::null}) {
     EXPECT_EQ(&node->GetParent(), &Element::null);
     EXPECT_TRUE(IsNullObject(*node));
   }
@@ -35,7 +34,6 @@ TEST(NodeTest, NullObjects) {
 
 TEST(NodeTest, EntityReferences) {
   Element parent(L"p");
-  EXPECT_EQ(L"&", EntityRef(parent, L"amp").GetValue());
   EXPECT_EQ(TString(1, L'\0'), EntityRef(parent, L"AMP").GetValue());  // unknown, no throw
   try {
     EntityRef unknown(L"nbsp");
@@ -66,11 +64,7 @@ TEST(NodeTest, ValuesNormaliseAndTrimByContainer) {
   };
   const Case cases[] = {
       {"text and comment", {{'T', L" a  b "}, {'C', L"c"}}, L"a b c", L" a  b c", L"a  b c"},
-      {"references",
-       {{'T', L" x "}, {'E', L"amp"}, {'T', L"  y"}},
-       L"x & y",
-       L" x &  y",
-       L"x &  y"},
+      {"reference", {{'T', L" x "}, {'E', L"amp"}, {'T', L"  y"}}, L"x & y", L" x &  y", L"x &  y"},
       {"pi and cdata", {{'P', L"p"}, {'D', L"\t d\r\n"}}, L"p d", L"p\t d\r\n", L"p\t d"},
       {"character reference", {{'R', L"A"}, {'T', L"\n"}}, L"A", L"A\n", L"A"},
       {"only white space", {{'T', L" \t\r\n "}}, L"", L" \t\r\n ", L""},
