@@ -174,6 +174,7 @@ class CFBundleCopyLocalizedStringTest : public testing::Test {
   }
 
   TempFolder m_temp;
+  ScopedVariable m_folder{"KESTRAIL_LOCALEDIR", m_temp.Path().c_str()};  // where Install puts them
   ScopedVariable m_language{"LANGUAGE", nullptr};
   ScopedVariable m_locale{"LC_ALL", "C"};
   const std::string m_english = [] {
@@ -193,7 +194,6 @@ TEST_F(CFBundleCopyLocalizedStringTest, EnglishCatalogBesideTheExecutable) {
 }
 
 TEST_F(CFBundleCopyLocalizedStringTest, UserLanguageThroughGettext) {
-  ScopedVariable folder("KESTRAIL_LOCALEDIR", m_temp.Path().c_str());
   EXPECT_EQ("No", Localized("No"));  // no catalog installed at all
   Install("de", m_english);          // and none for English: only gettext can find this one
   ScopedVariable locale("LC_ALL", "C.UTF-8");  // gettext ignores LANGUAGE in plain C
@@ -203,7 +203,6 @@ TEST_F(CFBundleCopyLocalizedStringTest, UserLanguageThroughGettext) {
 
 TEST_F(CFBundleCopyLocalizedStringTest, DamagedCatalogHoldsNothing) {
   ASSERT_GT(m_english.size(), 28u);
-  ScopedVariable folder("KESTRAIL_LOCALEDIR", m_temp.Path().c_str());
   const std::string key = "Error Source and Destination Same";
   const std::string text = "This setting is already in its settings folder.";
   for (std::size_t n = 0; n <= m_english.size(); ++n) {

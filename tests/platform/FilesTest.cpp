@@ -106,11 +106,15 @@ TEST_F(FilesTest, LookupTellsMissingFromMisuseAndFromGone) {
   EXPECT_EQ(dirNFErr, CreateFile(deleted, u"x", &ref));
 }
 
-TEST_F(FilesTest, ReferencesCompareByObjectThroughLinks) {
+// References compare by object, through links; and links inside the folder lead nowhere outside.
+TEST_F(FilesTest, Links) {
   m_temp.Write("inner/target", "x");
   fs::create_symlink("target", m_temp.Path("inner/soft"));
   fs::create_hard_link(m_temp.Path("inner/target"), m_temp.Path("inner/hard"));
-  FSRef target, viaPath, hard, link;
+  fs::create_directory(m_temp.Path("outside"));
+  fs::create_directory_symlink(m_temp.Path("outside"), m_temp.Path("inner/folder-link"));
+  fs::create_symlink(m_temp.Path("outside/planted"), m_temp.Path("inner/dangling"));
+  FSRef target, viaPath, hard, link, folderLink, ref;
   ASSERT_EQ(noErr, Child(m_inner, u"target", target));
   ASSERT_EQ(noErr, PathRef(m_temp.Path("inner/soft"), viaPath));
   ASSERT_EQ(noErr, Child(m_inner, u"hard", hard));
@@ -118,13 +122,6 @@ TEST_F(FilesTest, ReferencesCompareByObjectThroughLinks) {
   EXPECT_EQ(noErr, FSCompareFSRefs(&target, &viaPath));  // a path follows the link
   EXPECT_EQ(noErr, FSCompareFSRefs(&target, &hard));
   EXPECT_EQ(errFSRefsDifferent, FSCompareFSRefs(&target, &link));  // a name is the link itself
-}
-
-TEST_F(FilesTest, LinksInsideTheFolderLeadNowhereOutside) {
-  fs::create_directory(m_temp.Path("outside"));
-  fs::create_directory_symlink(m_temp.Path("outside"), m_temp.Path("inner/folder-link"));
-  fs::create_symlink(m_temp.Path("outside/planted"), m_temp.Path("inner/dangling"));
-  FSRef folderLink, ref;
   ASSERT_EQ(noErr, Child(m_inner, u"folder-link", folderLink));
   EXPECT_EQ(dirNFErr, CreateFile(folderLink, u"x", &ref));
   EXPECT_EQ(dupFNErr, CreateFile(m_inner, u"dangling", &ref));

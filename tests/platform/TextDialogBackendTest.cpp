@@ -49,8 +49,7 @@ TEST(TextDialogBackendTest, AnswerPicksAButton) {
     SCOPED_TRACE(c.label);
     std::istringstream in(c.input);
     std::ostringstream out, err;
-    TextDialogBackend backend(in, out, err);
-    EXPECT_EQ(c.item, backend.RunAlert(kAssertion));
+    EXPECT_EQ(c.item, TextDialogBackend(in, out, err).RunAlert(kAssertion));
     EXPECT_EQ("", out.str());  // a stop alert reports a failed check: standard error only
     EXPECT_EQ(0u, err.str().find("\nA bug has been detected.\nFailure at line 3\n"
                                  "Answer Continue, Debug or More Options [Continue]: "));
