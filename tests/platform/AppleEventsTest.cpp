@@ -90,8 +90,7 @@ TEST(EventLoopTest, CommandLine) {
     const char* label;
     std::vector<std::string> arguments;
     int status;
-    std::string out;
-    std::string err;
+    std::string out, err;
     long count;  // items of the event; -1 when there was none
     OSErr firstItem;
   };

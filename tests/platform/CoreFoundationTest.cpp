@@ -135,8 +135,7 @@ class CFPreferencesTest : public testing::Test {
 TEST_F(CFPreferencesTest, ValuesKeepTheirTypesAndTheIDNamesOneFileInTheFolder) {
   struct Case {
     const char* label;
-    std::string value;
-    std::string found;
+    std::string value, found;
     std::string id = "com.orvelle.daubery";
   };
   const Case cases[] = {

@@ -15,8 +15,7 @@ TEST(GeneratorTest, Layout) {
   struct Case {
     const char* label;
     void (*build)(Element&);  // the root's attributes and children
-    const wchar_t* formatted;
-    const wchar_t* compact;
+    const wchar_t *formatted, *compact;
   };
   const Case cases[] = {
       {"attributes escaped, a comment, text then markup",

@@ -77,9 +77,7 @@ TEST(ParserTest, RecognisersAndWhatTheyLeave) {
 
 TEST(ParserTest, NamesAndTokens) {
   struct Case {
-    const wchar_t* text;
-    const wchar_t* name;   // nullptr: not a name
-    const wchar_t* token;  // nullptr: not a name token
+    const wchar_t *text, *name, *token;  // nullptr: not a name, not a name token
   };
   const Case cases[] = {
       {L"_a.b-c:d e", L"_a.b-c:d", L"_a.b-c:d"},
@@ -93,7 +91,7 @@ TEST(ParserTest, NamesAndTokens) {
       {L"", nullptr, nullptr},
   };
   for (const Case& c : cases) {
-    SCOPED_TRACE(testing::Message() << "text #" << (&c - cases));
+    SCOPED_TRACE(c.text);
     Reader nameReader(c.text), tokenReader(c.text);
     TString name, token;
     EXPECT_EQ(c.name != nullptr, nameReader.ParseName(name));
