@@ -1,10 +1,14 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <vector>
 
 #include "platform/DialogBackend.h"
 #include "platform/Dialogs.h"
+#include "platform/Files.h"
+#include "platform/Navigation.h"
 #include "tests/ScriptedDialogBackend.h"
+#include "tests/TempFolder.h"
 
 namespace {
 
@@ -37,6 +41,48 @@ TEST_F(DialogsTest, ButtonTextsBecomeItemsAndTheScriptAnswers) {
   EXPECT_EQ("Yes", shown.m_vecButtons[1].m_strLabel);
   EXPECT_EQ(kAlertStdAlertOKButton, shown.m_nDefaultItem);
   EXPECT_EQ(kAlertStdAlertCancelButton, shown.m_nCancelItem);
+}
+
+TEST_F(DialogsTest, TheUserChoosesAFolderOrCancels) {
+  TempFolder temp;
+  FSRef chosen;
+  ASSERT_EQ(noErr, FSPathMakeRef(temp.PosixPath(), &chosen, nullptr));
+  struct Case {
+    const char* label;
+    std::string answer;  // empty: cancel
+    NavUserAction action;
+    OSStatus reply;
+    Boolean valid;
+  };
+  const Case cases[] = {
+      {"chosen", temp.Path(), kNavUserActionChoose, noErr, true},
+      {"cancelled", "", kNavUserActionCancel, noErr, false},
+      {"folder gone since", temp.Path("gone"), kNavUserActionChoose, fnfErr, false},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.label);
+    m_backend.m_queFolders = {c.answer};
+    NavDialogCreationOptions options;
+    ASSERT_EQ(noErr, NavGetDefaultDialogCreationOptions(&options));
+    options.message = CFSTR("Pick one.");
+    options.modality = kWindowModalityWindowModal;  // without a parent window
+    NavDialogRef dialog;
+    ASSERT_EQ(noErr, NavCreateChooseFolderDialog(&options, nullptr, nullptr, nullptr, &dialog));
+    ASSERT_EQ(noErr, NavDialogRun(dialog));
+    EXPECT_EQ(c.action, NavDialogGetUserAction(dialog));
+    NavReplyRecord reply;
+    EXPECT_EQ(c.reply, NavDialogGetReply(dialog, &reply));
+    NavDialogDispose(dialog);
+    if (c.reply != noErr) continue;
+    EXPECT_EQ(c.valid, reply.validRecord);
+    FSRef folder;
+    EXPECT_EQ(c.valid ? noErr : errAEIllegalIndex,
+              AEGetNthPtr(&reply.selection, 1, typeFSRef, nullptr, nullptr, &folder, sizeof folder,
+                          nullptr));
+    EXPECT_TRUE(!c.valid || FSCompareFSRefs(&chosen, &folder) == noErr);
+    EXPECT_EQ(noErr, NavDisposeReply(&reply));
+  }
+  EXPECT_EQ(std::vector<std::string>(3, "Pick one."), m_backend.m_vecFolderQuestions);
 }
 
 }  // namespace

@@ -4,11 +4,13 @@
 #include <chrono>
 #include <cstring>
 #include <filesystem>
+#include <optional>
 #include <set>
 #include <string>
 #include <vector>
 
 #include "platform/Files.h"
+#include "tests/ScopedVariable.h"
 #include "tests/TempFolder.h"
 
 namespace {
@@ -32,6 +34,11 @@ class FilesTest : public testing::Test {
     return FSMakeFSRefUnicode(&folder, units.size(), units.data(), kTextEncodingUnicodeDefault,
                               &child);
   }
+  static std::string PathOf(const FSRef& ref) {
+    UInt8 path[1024];
+    if (FSRefMakePath(&ref, path, sizeof path) != noErr) return std::string();
+    return reinterpret_cast<const char*>(path);
+  }
   static OSErr Info(const FSRef& ref) {
     return FSGetCatalogInfo(&ref, kFSCatInfoNone, nullptr, nullptr, nullptr, nullptr);
   }
@@ -46,11 +53,7 @@ class FilesTest : public testing::Test {
 };
 
 TEST_F(FilesTest, BadNamesAreRefusedAndNothingLeavesTheFolder) {
-  struct Case {
-    const char* label;
-    std::u16string name;
-  };
-  const Case cases[] = {
+  const std::pair<const char*, std::u16string> cases[] = {
       {"empty", u""},
       {"dot", u"."},
       {"dot dot", u".."},
@@ -64,12 +67,12 @@ TEST_F(FilesTest, BadNamesAreRefusedAndNothingLeavesTheFolder) {
   };
   FSRef existing;
   ASSERT_EQ(noErr, CreateFile(m_inner, u"existing", &existing));
-  for (const Case& c : cases) {
-    SCOPED_TRACE(c.label);
-    const std::vector<UniChar> name = Units(c.name);
+  for (const auto& [label, text] : cases) {
+    SCOPED_TRACE(label);
+    const std::vector<UniChar> name = Units(text);
     FSRef ref;
-    EXPECT_EQ(bdNamErr, Child(m_inner, c.name, ref));
-    EXPECT_EQ(bdNamErr, CreateFile(m_inner, c.name, &ref));
+    EXPECT_EQ(bdNamErr, Child(m_inner, text, ref));
+    EXPECT_EQ(bdNamErr, CreateFile(m_inner, text, &ref));
     EXPECT_EQ(bdNamErr, FSCreateDirectoryUnicode(&m_inner, name.size(), name.data(), 0, nullptr,
                                                  &ref, nullptr, nullptr));
     EXPECT_EQ(bdNamErr, FSRenameUnicode(&existing, name.size(), name.data(), 0, &ref));
@@ -82,8 +85,8 @@ TEST_F(FilesTest, BadNamesAreRefusedAndNothingLeavesTheFolder) {
   EXPECT_EQ(noErr, CreateFile(m_inner, std::u16string(255, u'n'), &longest));
 }
 
-TEST_F(FilesTest, LookupTellsMissingFromMisuse) {
-  FSRef file, ref;
+TEST_F(FilesTest, LookupTellsMissingFromMisuseAndFromGone) {
+  FSRef file, deleted, replaced, ref;
   ASSERT_EQ(noErr, CreateFile(m_inner, u"file", &file));
   const FSRef nothing = {};
   EXPECT_EQ(fnfErr, Child(m_inner, u"missing", ref));
@@ -91,35 +94,8 @@ TEST_F(FilesTest, LookupTellsMissingFromMisuse) {
   EXPECT_EQ(nsvErr, Child(nothing, u"x", ref));
   EXPECT_EQ(nsvErr, Info(nothing));
   EXPECT_EQ(fnfErr, PathRef(m_temp.Path("inner/missing"), ref));
-}
 
-TEST_F(FilesTest, ReferencesCompareByObjectThroughLinks) {
-  m_temp.Write("inner/target", "x");
-  fs::create_symlink("target", m_temp.Path("inner/soft"));
-  fs::create_hard_link(m_temp.Path("inner/target"), m_temp.Path("inner/hard"));
-  FSRef target, viaPath, hard, link;
-  ASSERT_EQ(noErr, Child(m_inner, u"target", target));
-  ASSERT_EQ(noErr, PathRef(m_temp.Path("inner/soft"), viaPath));
-  ASSERT_EQ(noErr, Child(m_inner, u"hard", hard));
-  ASSERT_EQ(noErr, Child(m_inner, u"soft", link));
-  EXPECT_EQ(noErr, FSCompareFSRefs(&target, &viaPath));  // a path follows the link
-  EXPECT_EQ(noErr, FSCompareFSRefs(&target, &hard));
-  EXPECT_EQ(errFSRefsDifferent, FSCompareFSRefs(&target, &link));  // a name is the link itself
-}
-
-TEST_F(FilesTest, LinksInsideTheFolderLeadNowhereOutside) {
-  fs::create_directory(m_temp.Path("outside"));
-  fs::create_directory_symlink(m_temp.Path("outside"), m_temp.Path("inner/folder-link"));
-  fs::create_symlink(m_temp.Path("outside/planted"), m_temp.Path("inner/dangling"));
-  FSRef folderLink, ref;
-  ASSERT_EQ(noErr, Child(m_inner, u"folder-link", folderLink));
-  EXPECT_EQ(dirNFErr, CreateFile(folderLink, u"x", &ref));
-  EXPECT_EQ(dupFNErr, CreateFile(m_inner, u"dangling", &ref));
-  EXPECT_TRUE(fs::is_empty(m_temp.Path("outside")));
-}
-
-TEST_F(FilesTest, ReferenceToDeletedOrReplacedObjectIsInvalid) {
-  FSRef deleted, replaced, ref;
+  // A reference outlives its object, but answers for no other object that takes its name.
   ASSERT_EQ(noErr, CreateFile(m_inner, u"deleted", &deleted));
   ASSERT_EQ(noErr, CreateFile(m_inner, u"replaced", &replaced));
   ASSERT_EQ(noErr, FSDeleteObject(&deleted));
@@ -128,6 +104,28 @@ TEST_F(FilesTest, ReferenceToDeletedOrReplacedObjectIsInvalid) {
   EXPECT_EQ(fnfErr, Info(deleted));
   EXPECT_EQ(fnfErr, Info(replaced));
   EXPECT_EQ(dirNFErr, CreateFile(deleted, u"x", &ref));
+}
+
+// References compare by object, through links; and links inside the folder lead nowhere outside.
+TEST_F(FilesTest, Links) {
+  m_temp.Write("inner/target", "x");
+  fs::create_symlink("target", m_temp.Path("inner/soft"));
+  fs::create_hard_link(m_temp.Path("inner/target"), m_temp.Path("inner/hard"));
+  fs::create_directory(m_temp.Path("outside"));
+  fs::create_directory_symlink(m_temp.Path("outside"), m_temp.Path("inner/folder-link"));
+  fs::create_symlink(m_temp.Path("outside/planted"), m_temp.Path("inner/dangling"));
+  FSRef target, viaPath, hard, link, folderLink, ref;
+  ASSERT_EQ(noErr, Child(m_inner, u"target", target));
+  ASSERT_EQ(noErr, PathRef(m_temp.Path("inner/soft"), viaPath));
+  ASSERT_EQ(noErr, Child(m_inner, u"hard", hard));
+  ASSERT_EQ(noErr, Child(m_inner, u"soft", link));
+  EXPECT_EQ(noErr, FSCompareFSRefs(&target, &viaPath));  // a path follows the link
+  EXPECT_EQ(noErr, FSCompareFSRefs(&target, &hard));
+  EXPECT_EQ(errFSRefsDifferent, FSCompareFSRefs(&target, &link));  // a name is the link itself
+  ASSERT_EQ(noErr, Child(m_inner, u"folder-link", folderLink));
+  EXPECT_EQ(dirNFErr, CreateFile(folderLink, u"x", &ref));
+  EXPECT_EQ(dupFNErr, CreateFile(m_inner, u"dangling", &ref));
+  EXPECT_TRUE(fs::is_empty(m_temp.Path("outside")));
 }
 
 TEST_F(FilesTest, CreatedFileCarriesFinderInfoOnDisk) {
@@ -158,6 +156,35 @@ TEST_F(FilesTest, StaleTemporaryFilesGo) {
   ASSERT_EQ(noErr, FSCreateTemporaryFile(&m_inner, kFSCatInfoNone, nullptr, &temporary));
   ASSERT_EQ(noErr, FSDeleteObject(&temporary));
   EXPECT_EQ(std::set<std::string>{".kestrail-unfinished-fresh"}, m_temp.Names("inner"));
+}
+
+TEST_F(FilesTest, ApplicationSupportFollowsTheDesktopBaseDirectory) {
+  const std::string data = m_temp.Path("data"), share = m_temp.Path("home/.local/share");
+  struct Case {
+    const char* label;
+    std::optional<std::string> dataHome;
+    FSVolumeRefNum domain;
+    OSType type;
+    std::string expected;
+  };
+  const Case cases[] = {
+      {"XDG_DATA_HOME", data + "/deep", kUserDomain, kApplicationSupportFolderType, data + "/deep"},
+      {"unset: under HOME", std::nullopt, kOnSystemDisk, kApplicationSupportFolderType, share},
+      {"relative: ignored", "relative/data", kUserDomain, kApplicationSupportFolderType, share},
+      {"frameworks", data, kOnAppropriateDisk, kFrameworksFolderType, data + "/Frameworks"},
+  };
+  fs::create_directory(m_temp.Path("home"));
+  ScopedVariable home("HOME", m_temp.Path("home").c_str());
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.label);
+    ScopedVariable dataHome("XDG_DATA_HOME", c.dataHome ? c.dataHome->c_str() : nullptr);
+    FSRef folder;
+    EXPECT_EQ(fnfErr, FSFindFolder(c.domain, c.type, kDontCreateFolder, &folder));
+    ASSERT_EQ(noErr, FSFindFolder(c.domain, c.type, kCreateFolder, &folder));
+    EXPECT_EQ(c.expected, PathOf(folder));
+    EXPECT_EQ(noErr, FSFindFolder(c.domain, c.type, kDontCreateFolder, &folder));
+    fs::remove_all(m_temp.Path("home/.local"));
+  }
 }
 
 }  // namespace

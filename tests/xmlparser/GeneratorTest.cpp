@@ -2,54 +2,34 @@
 
 #include <utility>
 
-#include "xmlparser/Xml.h"
+#include "tests/xmlparser/ParseTestSupport.h"
 
 namespace {
 
 using namespace Xml;
+using namespace Xml::Testing;
 
-const TString kDeclaration = L"<?xml version=\"1.0\" encoding=\"UTF-16\"?>\n";
-
-TEST(GeneratorTest, WorkedExample) {
-  Document document(L"settings");
-  Element& root = document.GetRoot();
-  Value(root.CreateAttribute(L"name")).Set(L"a<b");
-  root.Add(new Comment(root, L" c "));
-  Value(root.AddElementInto(L"item").CreateAttribute(L"id")).Set(L"1");
-  Element& value = root.AddElementInto(L"value");
-  value.AddText(L"x & y");
-  value.Add(new CData(value, L"raw"));
-
-  EXPECT_EQ(kDeclaration +
-                L"<settings name=\"a&lt;b\">\n"
-                L"  <!-- c -->\n"
-                L"  <item id=\"1\"/>\n"
-                L"  <value>x &amp; y\n"
-                L"    <![CDATA[raw]]>\n"
-                L"  </value>\n"
-                L"</settings>",
-            document.GenerateXML());
-}
-
-// The text of a document whose root is built by `build`, without the declaration's line.
-template <class Build>
-TString RootText(Build build, unsigned long flags = 0) {
-  Document document(L"a");
-  build(document.GetRoot());
-  TString out;
-  GenerateContext context(out, nullptr, flags);
-  document.GenerateXML(context);
-  return out.substr(out.find(L"?>") + (flags & GenerateContext::COMPACT ? 2 : 3));
-}
+const TString kDeclaration = L"<?xml version=\"1.0\" encoding=\"UTF-16\"?>";
 
 TEST(GeneratorTest, Layout) {
   struct Case {
     const char* label;
-    void (*build)(Element&);
-    const wchar_t* formatted;
-    const wchar_t* compact;
+    void (*build)(Element&);  // the root's attributes and children
+    const wchar_t *formatted, *compact;
   };
   const Case cases[] = {
+      {"attributes escaped, a comment, text then markup",
+       [](Element& a) {
+         Value(a.CreateAttribute(L"name")).Set(L"a<b");
+         a.Add(new Comment(a, L" c "));
+         Value(a.AddElementInto(L"item").CreateAttribute(L"id")).Set(L"1");
+         Element& value = a.AddElementInto(L"value");
+         value.AddText(L"x & y");
+         value.Add(new CData(value, L"raw"));
+       },
+       L"<a name=\"a&lt;b\">\n  <!-- c -->\n  <item id=\"1\"/>\n  <value>x &amp; y\n"
+       L"    <![CDATA[raw]]>\n  </value>\n</a>",
+       L"<a name=\"a&lt;b\"><!-- c --><item id=\"1\"/><value>x &amp; y<![CDATA[raw]]></value></a>"},
       {"text after markup keeps the end tag on its own line",
        [](Element& a) {
          a.AddElementInto(L"b");
@@ -85,8 +65,10 @@ TEST(GeneratorTest, Layout) {
   };
   for (const Case& c : cases) {
     SCOPED_TRACE(c.label);
-    EXPECT_EQ(c.formatted, RootText(c.build));
-    EXPECT_EQ(c.compact, RootText(c.build, GenerateContext::COMPACT));
+    Document document(L"a");
+    c.build(document.GetRoot());
+    EXPECT_EQ(kDeclaration + L"\n" + c.formatted, document.GenerateXML());
+    EXPECT_EQ(kDeclaration + c.compact, Compact(document));
   }
 }
 

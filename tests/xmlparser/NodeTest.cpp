@@ -1,16 +1,20 @@
 #include <gtest/gtest.h>
 
-#include "xmlparser/Xml.h"
+#include <initializer_list>
+#include <memory>
+#include <utility>
+
+#include "tests/xmlparser/ParseTestSupport.h"
 
 namespace {
 
 using namespace Xml;
+using namespace Xml::Testing;
 
 TEST(NodeTest, NullObjects) {
   EXPECT_EQ(&Node::null, &Element::null);
-  EXPECT_EQ(&Element::null.GetParent(), &Element::null);
-  for (const Node* node : std::initializer_list<const Node*>{&Attribute::null, &Comment::null,
-                                                             &Pi::null, &CData::null}) {
+  for (const Node* node : std::initializer_list<const Node*>{
+           &Element::null, &Attribute::null, &Comment::null, &Pi::null, &CData::null}) {
     EXPECT_EQ(&node->GetParent(), &Element::null);
     EXPECT_TRUE(IsNullObject(*node));
   }
@@ -30,7 +34,6 @@ TEST(NodeTest, NullObjects) {
 
 TEST(NodeTest, EntityReferences) {
   Element parent(L"p");
-  EXPECT_EQ(L"&", EntityRef(parent, L"amp").GetValue());
   EXPECT_EQ(TString(1, L'\0'), EntityRef(parent, L"AMP").GetValue());  // unknown, no throw
   try {
     EntityRef unknown(L"nbsp");
@@ -61,11 +64,7 @@ TEST(NodeTest, ValuesNormaliseAndTrimByContainer) {
   };
   const Case cases[] = {
       {"text and comment", {{'T', L" a  b "}, {'C', L"c"}}, L"a b c", L" a  b c", L"a  b c"},
-      {"references",
-       {{'T', L" x "}, {'E', L"amp"}, {'T', L"  y"}},
-       L"x & y",
-       L" x &  y",
-       L"x &  y"},
+      {"reference", {{'T', L" x "}, {'E', L"amp"}, {'T', L"  y"}}, L"x & y", L" x &  y", L"x &  y"},
       {"pi and cdata", {{'P', L"p"}, {'D', L"\t d\r\n"}}, L"p d", L"p\t d\r\n", L"p\t d"},
       {"character reference", {{'R', L"A"}, {'T', L"\n"}}, L"A", L"A\n", L"A"},
       {"only white space", {{'T', L" \t\r\n "}}, L"", L" \t\r\n ", L""},
@@ -94,6 +93,128 @@ TEST(NodeTest, ValuesNormaliseAndTrimByContainer) {
   Value(inner).Set(L"c");  // replaces every child
   EXPECT_EQ(1u, inner.GetChildCount());
   EXPECT_EQ(L"a c", root.GetValue());
+}
+
+class ElementTest : public testing::Test {
+ protected:
+  // root holds: element a, text, element b, element a (the second), two CDATA sections.
+  void SetUp() override {
+    m_root.AddElementInto(L"a").AddText(L"first");
+    m_root.AddText(L"t");
+    m_root.AddElementInto(L"b");
+    m_root.AddElementInto(L"a").AddText(L"second");
+    m_root.Add(new CData(m_root, L"c0"));
+    m_root.Add(new CData(m_root, L"c1"));
+  }
+  Element m_root{L"root"};
+};
+
+TEST_F(ElementTest, CountedLookups) {
+  EXPECT_EQ(L"b", m_root.GetChild(1, NODE_ELEMENT).GetName());
+  EXPECT_EQ(L"second", m_root.GetElement(L"a", 1).GetValue());
+  EXPECT_EQ(L"t", m_root.GetChild(0, NODE_TEXT).GetValue());
+  EXPECT_EQ(L"c1", m_root.GetCData(1).GetData());
+  EXPECT_EQ(L"c0", m_root.GetChild(L"#cdata-section", 0, NODE_CDATA).GetValue());
+
+  struct Miss {
+    const char* label;
+    const Node& result;
+    const Node& null;
+  };
+  const Miss misses[] = {
+      {"index past the children", m_root.GetChild(9), Node::null},
+      {"third a", m_root.GetElement(L"a", 2), Element::null},
+      {"name differs in case", m_root.GetElement(L"A", 0), Element::null},
+      {"third cdata", m_root.GetCData(2), CData::null},
+      {"no comment", m_root.GetComment(0), Comment::null},
+      {"no pi", m_root.GetPi(0), Pi::null},
+      {"no pi with target", m_root.GetPi(L"t", 0), Pi::null},
+      {"no attribute", m_root.GetAttribute(L"x"), Attribute::null},
+      {"no attribute at index", m_root.GetAttribute(0ul), Attribute::null},
+  };
+  for (const Miss& m : misses) {
+    SCOPED_TRACE(m.label);
+    EXPECT_EQ(&m.null, &m.result);
+  }
+}
+
+TEST_F(ElementTest, FindChildStaysOnItsMatch) {
+  NodeContainer::iterator pos = m_root.begin(), again;
+  ASSERT_TRUE(m_root.FindChild(L"a", NODE_ELEMENT, pos));
+  ASSERT_TRUE(m_root.FindChild(L"a", NODE_ELEMENT, again = pos));
+  EXPECT_EQ(pos, again);
+  ++pos;
+  ASSERT_TRUE(m_root.FindChild(L"a", pos));
+  EXPECT_EQ(L"second", (*pos)->GetValue());
+}
+
+TEST_F(ElementTest, DeletingAndInserting) {
+  EXPECT_TRUE(m_root.DeleteChildElement(L"a", 1));
+  EXPECT_FALSE(m_root.DeleteChildElement(L"c", 0));
+  m_root.GetElement(L"b", 0).Delete();
+  Text stranger(L"s");
+  stranger.Delete();  // not a child of anything: nothing happens
+  EXPECT_EQ(L"E<a> T\"t\" D\"c0\" D\"c1\"", Picture(m_root));
+
+  Element& a = m_root.GetElement(L"a", 0);
+  EXPECT_EQ(L"before", a.InsertElementBefore(L"before").GetName());
+  EXPECT_EQ(L"after", a.InsertElementAfter(L"after").GetName());
+  EXPECT_EQ(L"last", a.AppendElement(L"last").GetName());
+  EXPECT_EQ(L"E<before> E<a> E<after> T\"t\" D\"c0\" D\"c1\" E<last>", Picture(m_root));
+  Comment* orphan = new Comment(m_root, L"o");
+  EXPECT_FALSE(m_root.InsertBefore(stranger, orphan));  // the caller keeps it
+  EXPECT_TRUE(m_root.InsertAfter(a, orphan));
+  EXPECT_EQ(&m_root.GetChild(2), orphan);
+
+  // Siblings need a parent to own them.
+  Element parentless(L"p"), detached(m_root, L"d");  // d names m_root but was never added
+  EXPECT_EQ(&Element::null, &parentless.AppendElement(L"x"));
+  EXPECT_EQ(&Element::null, &detached.InsertElementAfter(L"x"));
+  EXPECT_EQ(8u, m_root.GetChildCount());
+
+  m_root.CreateAttribute(L"x");
+  m_root.DeleteChildren();
+  EXPECT_TRUE(m_root.IsEmpty());
+  EXPECT_EQ(1u, m_root.GetAttributeCount());
+}
+
+TEST_F(ElementTest, Creating) {
+  Attribute& x = m_root.CreateAttribute(L"x");
+  EXPECT_EQ(&x, &m_root.CreateAttribute(L"x"));
+  EXPECT_EQ(1u, m_root.GetAttributeCount());
+  EXPECT_EQ(&m_root.GetElement(L"a", 1), &m_root.CreateElement(L"a", 1));
+  Element& e = m_root.CreateElement(L"e", 3);
+  EXPECT_EQ(&e, &m_root.GetElement(L"e", 0));
+  EXPECT_EQ(7u, m_root.GetChildCount());
+
+  CData source(L"payload");
+  EXPECT_EQ(&m_root, &m_root.AddInto(source).GetParent());
+  EXPECT_EQ(L"payload", m_root.GetCData(2).GetData());
+  EXPECT_EQ(&CData::null, &Element::null.AddInto(source));
+}
+
+TEST_F(ElementTest, CloneCopiesChildrenButNotAttributes) {
+  m_root.CreateAttribute(L"x");
+  m_root.SetPreserveSpaces(true);
+  Element& a = m_root.GetElement(L"a", 0);
+  a.Add(new EntityRef(a, L"nbsp"));  // unknown: the copy must not throw
+
+  Document document;
+  std::unique_ptr<Element> copy(&m_root.Clone(document));
+  EXPECT_EQ(&document, &copy->GetParent());
+  EXPECT_EQ(0u, copy->GetAttributeCount());
+  EXPECT_FALSE(copy->PreservesSpaces());
+  EXPECT_EQ(Picture(m_root), Picture(*copy));
+  Element& copiedA = copy->GetElement(L"a", 0);
+  EXPECT_NE(&a, &copiedA);
+  EXPECT_EQ(copy.get(), &copiedA.GetParent());
+  EXPECT_EQ(&copiedA, &copiedA.GetChild(1).GetParent());
+  EXPECT_EQ(a.GetValue(), copiedA.GetValue());
+
+  // A document's copy records no root although the root's copy is among its children.
+  std::unique_ptr<Document> documentCopy(&Document(L"root").Clone());
+  EXPECT_TRUE(IsNullObject(documentCopy->GetRoot()));
+  EXPECT_EQ(L"root", documentCopy->GetChild(0).GetName());
 }
 
 }  // namespace

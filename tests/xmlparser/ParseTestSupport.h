@@ -5,6 +5,7 @@
 
 #include <memory>
 #include <string>
+#include <tuple>
 
 #include "xmlparser/Xml.h"
 
@@ -16,21 +17,16 @@ inline TString Picture(const NodeContainer& container) {
   TString out;
   for (const Node* child : container) {
     if (!out.empty()) out += L' ';
-    if (child->IsKindOf(NODE_TEXT)) {
-      out += L"T\"" + child->GetData() + L"\"";
-    } else if (auto* reference = dynamic_cast<const CharRef*>(child)) {
-      out += L"#" + std::to_wstring(reference->GetCode());
-    } else if (child->IsKindOf(NODE_REFERENCE)) {
-      out += L"&" + TString(child->GetName());
-    } else if (child->IsKindOf(NODE_ELEMENT)) {
-      out += L"E<" + TString(child->GetName()) + L">";
-    } else if (child->IsKindOf(NODE_COMMENT)) {
-      out += L"C\"" + child->GetData() + L"\"";
-    } else if (child->IsKindOf(NODE_CDATA)) {
-      out += L"D\"" + child->GetData() + L"\"";
-    } else if (child->IsKindOf(NODE_PI)) {
-      out += L"P<" + TString(child->GetName()) + L">\"" + child->GetData() + L"\"";
-    }
+    const TString name(child->GetName()), data = L"\"" + child->GetData() + L"\"";
+    const auto* reference = dynamic_cast<const CharRef*>(child);
+    out += child->IsKindOf(NODE_TEXT)        ? L"T" + data
+           : reference != nullptr            ? L"#" + std::to_wstring(reference->GetCode())
+           : child->IsKindOf(NODE_REFERENCE) ? L"&" + name
+           : child->IsKindOf(NODE_ELEMENT)   ? L"E<" + name + L">"
+           : child->IsKindOf(NODE_COMMENT)   ? L"C" + data
+           : child->IsKindOf(NODE_CDATA)     ? L"D" + data
+           : child->IsKindOf(NODE_PI)        ? L"P<" + name + L">" + data
+                                             : L"?";
   }
   return out;
 }
@@ -48,15 +44,8 @@ inline std::unique_ptr<Document> ParseText(const TString& text) {
   return std::unique_ptr<Document>(parser.Parse(text.data(), static_cast<int>(text.size())));
 }
 
-// The error of parsing `text`, or PARSE_NO_ERROR at 0:0 when it parses.
-struct Outcome {
-  int error, line, column;
-  bool operator==(const Outcome&) const = default;
-};
-
-inline std::ostream& operator<<(std::ostream& out, const Outcome& outcome) {
-  return out << "error " << outcome.error << " at " << outcome.line << ":" << outcome.column;
-}
+// The error of parsing `text` with its line and column, or PARSE_NO_ERROR at 0:0 when it parses.
+using Outcome = std::tuple<int, int, int>;
 
 inline Outcome ParseOutcome(const TString& text) {
   try {

@@ -1,6 +1,7 @@
-// A parsed document's nodes share one block of memory that goes with the document; nodes made
-// by hand are each on their own. Trees that mix them must still free each node exactly once,
-// which the sanitizer build checks.
+// Whole trees: a parsed document's nodes share one block of memory that goes with the document;
+// nodes made by hand are each on their own. Trees that mix them must still free each node exactly
+// once, which the sanitizer build checks. And no operation that walks a tree may reach the machine
+// stack, however deep the tree.
 #include <gtest/gtest.h>
 
 #include <memory>
@@ -54,6 +55,32 @@ TEST(ParsedTreeTest, ParsedChildrenDeletedAtTheirPositions) {
   root.DeleteChildren();
   root.AddText(L"t");
   EXPECT_EQ(L"T\"t\"", Picture(root));
+}
+
+// A chain of a million nested elements: parsing, destroying, cloning, valuing and generating it.
+TEST(DeepTreeTest, MillionLevels) {
+  const int depth = 1000000;
+  TString opening, closing;
+  for (int i = 0; i < depth; ++i) opening += L"<e>";
+  for (int i = 0; i < depth; ++i) closing += L"</e>";
+  const TString text = opening + L" deepest " + closing;
+
+  std::unique_ptr<Document> document = ParseText(text);
+  EXPECT_EQ(L"deepest", document->GetValue());
+
+  // The copy written compactly gives back the parsed text, so both trees are whole. (Compared as a
+  // bool: a failure must not print megabytes.)
+  std::unique_ptr<Document> copy(&document->Clone());
+  EXPECT_TRUE(Compact(*copy) == L"<?xml version=\"1.0\" encoding=\"UTF-16\"?>" + text);
+  copy.reset();
+
+  // Deleting a deep subtree from the middle goes through the same work list.
+  document->GetRoot().GetElement(L"e", 0).Delete();
+  EXPECT_EQ(2u, document->GetRoot().GetChildCount());
+  document.reset();
+
+  EXPECT_EQ((Outcome{PARSE_UNEXPECTED_END, 1, static_cast<int>(opening.size()) + 1}),
+            ParseOutcome(opening));
 }
 
 }  // namespace

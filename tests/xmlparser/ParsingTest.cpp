@@ -1,5 +1,8 @@
-// Whole documents: what each construct becomes, and where each error is reported.
+// Whole documents: what each construct becomes, where each error is reported, and which document
+// type declarations are refused.
 #include <gtest/gtest.h>
+
+#include <utility>
 
 #include "tests/xmlparser/ParseTestSupport.h"
 
@@ -9,11 +12,7 @@ using namespace Xml;
 using namespace Xml::Testing;
 
 TEST(ContentParsingTest, WhatEachConstructBecomes) {
-  struct Case {
-    const wchar_t* text;
-    const wchar_t* rootChildren;
-  };
-  const Case cases[] = {
+  const std::pair<const wchar_t*, const wchar_t*> cases[] = {
       {L"<a/>", L""},
       {L"<a></a>", L"T\"\""},
       {L"<a><b/></a>", L"T\"\" E<b> T\"\""},
@@ -30,12 +29,30 @@ TEST(ContentParsingTest, WhatEachConstructBecomes) {
       {L"<a><![CDATA[<&]]]></a>", L"T\"\" D\"<&]\" T\"\""},
       {L"<a>l1\r\nl2\rl3</a>", L"T\"l1\r\nl2\rl3\""},
       {L"<a >\t<b\n/></a >", L"T\"\t\" E<b> T\"\""},
+      // Document type declarations that are accepted, and leave no trace.
+      {L"<!DOCTYPE a><a/>", L""},
+      {L"<!DOCTYPE a [ ]><a/>", L""},
+      {L"<!DOCTYPE a [<!ELEMENT a (#PCDATA)><!ELEMENT b (c|d)*><!ELEMENT e (f,g?)+>"
+       L"<!ELEMENT h EMPTY><!ELEMENT i ANY><!ELEMENT j (#PCDATA|k|l)*><!ELEMENT m (#PCDATA)*>"
+       L"<!ELEMENT n ((o|p),(q,r)*,s)?><!ELEMENT t ( u , ( v | w )+ ) >]><a/>",
+       L""},
+      {L"<!DOCTYPE a [<!ATTLIST a x CDATA #IMPLIED y (p|q) \"p\" z NOTATION (n) #FIXED \"n\">"
+       L"<!ATTLIST b i ID #REQUIRED r IDREFS #IMPLIED t NMTOKEN 'a&amp;&#65;'>]><a/>",
+       L""},
+      {L"<!DOCTYPE a [<!ENTITY e \"text\"><!ENTITY e \"a &amp; b %p;\"><!ENTITY % p 'x'>"
+       L"<!ENTITY e SYSTEM \"f\" NDATA n><!ENTITY % q PUBLIC \"p\" \"s\">]><a/>",
+       L""},
+      {L"<!DOCTYPE a [<!NOTATION n SYSTEM \"x\"><!NOTATION n PUBLIC \"p\">"
+       L"<!NOTATION n PUBLIC 'p' \"s\"> %pe; ]><a/>",
+       L""},
+      {L"<!DOCTYPE a SYSTEM \"tab\there\"><a/>", L""},
+      {L"<!DOCTYPE a PUBLIC \"it's -//()+,./:=?;!*#@$_%\" 's'><a/>", L""},
   };
-  for (const Case& c : cases) {
-    SCOPED_TRACE(testing::Message() << "text #" << (&c - cases));
-    std::unique_ptr<Document> document = ParseText(c.text);
+  for (const auto& [text, rootChildren] : cases) {
+    SCOPED_TRACE(text);
+    std::unique_ptr<Document> document = ParseText(text);
     EXPECT_EQ(L"E<a>", Picture(*document));
-    EXPECT_EQ(c.rootChildren, Picture(document->GetRoot()));
+    EXPECT_EQ(rootChildren, Picture(document->GetRoot()));
   }
 }
 
@@ -80,11 +97,7 @@ TEST(ContentParsingTest, DocumentLevel) {
 }
 
 TEST(ContentParsingTest, ErrorsWithTheirPositions) {
-  struct Case {
-    const wchar_t* text;
-    Outcome expected;
-  };
-  const Case cases[] = {
+  const std::pair<const wchar_t*, Outcome> cases[] = {
       {L"", {16, 1, 1}},
       {L"  \n ", {16, 2, 1}},
       {L"\uFEFF<a/>", {16, 1, 1}},
@@ -128,10 +141,7 @@ TEST(ContentParsingTest, ErrorsWithTheirPositions) {
       {L"<?XML version='1.0'?><a/>", {25, 1, 6}},
       {L"<a/>\n<!DOCTYPE a>", {43, 2, 1}},
   };
-  for (const Case& c : cases) {
-    SCOPED_TRACE(testing::Message() << "text #" << (&c - cases));
-    EXPECT_EQ(c.expected, ParseOutcome(c.text));
-  }
+  for (const auto& [text, outcome] : cases) EXPECT_EQ(outcome, ParseOutcome(text)) << text;
 }
 
 TEST(ContentParsingTest, EveryProperPrefixIsRejected) {
@@ -142,6 +152,58 @@ TEST(ContentParsingTest, EveryProperPrefixIsRejected) {
   for (size_t n = 0; n < whole.size(); ++n) {
     EXPECT_THROW(ParseText(whole.substr(0, n)), ParsingException) << n;
   }
+}
+
+TEST(DtdParsingTest, RefusedDeclarations) {
+  const std::pair<const wchar_t*, int> cases[] = {
+      {L"<!DOCTYPE>", PARSE_DOCTYPE_DECL},
+      {L"<!DOCTYPE a><!DOCTYPE a>", PARSE_INVALID_TAG_NAME},  // only one before the root
+      {L"<!DOCTYPE a [<!--c-->]>", PARSE_DOCTYPE_DECL},
+      {L"<!DOCTYPE a [<?p?>]>", PARSE_DOCTYPE_DECL},
+      {L"<!DOCTYPE a [%p]>", PARSE_PE_REFERENCE},
+      {L"<!DOCTYPE a PUBLIC \"-//X//Y\">", PARSE_SYSTEM_LITERAL},
+      {L"<!DOCTYPE a SYSTEM>", PARSE_SYSTEM_LITERAL},
+      {L"<!DOCTYPE a PUBLIC \"{\" \"s\">", PARSE_PUBID_CHARACTER},
+      {L"<!DOCTYPE a SYSTEM \"a\x01\">", PARSE_ILLEGAL_CHARACTER},
+      {L"<!DOCTYPE a SYSTEM \"unterminated>", PARSE_UNEXPECTED_END},
+      {L"<!DOCTYPE a [<!ELEMENT b (c|d,e)>]>", PARSE_BAR_EXPECTED},
+      {L"<!DOCTYPE a [<!ELEMENT b (c,d|e)>]>", PARSE_COMMA_EXPECTED},
+      {L"<!DOCTYPE a [<!ELEMENT b (c;d)>]>", PARSE_COMMA_EXPECTED},
+      {L"<!DOCTYPE a [<!ELEMENT b ((c|d),e|f)>]>", PARSE_COMMA_EXPECTED},
+      {L"<!DOCTYPE a [<!ELEMENT a (#PCDATA|b)>]>", PARSE_BAR_EXPECTED},
+      {L"<!DOCTYPE a [<!ELEMENT a (#PCDATA|)*>]>", PARSE_CONTENT_PARTICLE},
+      {L"<!DOCTYPE a [<!ELEMENT b (c,)>]>", PARSE_CONTENT_PARTICLE},
+      {L"<!DOCTYPE a [<!ELEMENT b ()>]>", PARSE_CONTENT_PARTICLE},
+      {L"<!DOCTYPE a [<!ELEMENT b>]>", PARSE_ELEMENT_DECL},
+      {L"<!DOCTYPE a [<!ELEMENT b EMPTY x>]>", PARSE_ELEMENT_DECL},
+      {L"<!DOCTYPE a [<!ATTLIST>]>", PARSE_ATTLIST_DECL},
+      {L"<!DOCTYPE a [<!ATTLIST a x CDATA>]>", PARSE_ATTRIBUTE_DEF},
+      {L"<!DOCTYPE a [<!ATTLIST a x CDATAX #IMPLIED>]>", PARSE_ATTRIBUTE_DEF},
+      {L"<!DOCTYPE a [<!ATTLIST a x CDATA #FIXED\"v\">]>", PARSE_FIXED_DECL},
+      {L"<!DOCTYPE a [<!ATTLIST a x CDATA '<'>]>", PARSE_UNEXPECTED_TAG},
+      {L"<!DOCTYPE a [<!ATTLIST a x NOTATION (|)>]>", PARSE_NOTATION_TYPE},
+      {L"<!DOCTYPE a [<!ATTLIST a x (p|) 'p'>]>", PARSE_ENUMERATION},
+      {L"<!DOCTYPE a [<!ENTITY>]>", PARSE_ENTITY_DECL},
+      {L"<!DOCTYPE a [<!ENTITY e>]>", PARSE_ENTITY_DECL},
+      {L"<!DOCTYPE a [<!ENTITY e \"a &nbsp; b\">]>", PARSE_UNKNOWN_ENTITY},
+      {L"<!DOCTYPE a [<!ENTITY e \"a &#1; b\">]>", PARSE_ILLEGAL_CHARACTER},
+      {L"<!DOCTYPE a [<!ENTITY e \"% b\">]>", PARSE_PE_REFERENCE},
+      {L"<!DOCTYPE a [<!ENTITY e \"runs to the end", PARSE_UNEXPECTED_END},
+      {L"<!DOCTYPE a [<!ENTITY e SYSTEM \"f\" NDATA>]>", PARSE_NDATA_DECL},
+      {L"<!DOCTYPE a [<!NOTATION n>]>", PARSE_NOTATION_DECL},
+      {L"<!DOCTYPE a [<!NOTATION n PUBLIC>]>", PARSE_SYSTEM_LITERAL},
+  };
+  for (const auto& [declaration, error] : cases)
+    EXPECT_EQ(error, std::get<0>(ParseOutcome(TString(declaration) + L"<a/>"))) << declaration;
+}
+
+TEST(DtdParsingTest, DeeplyNestedContentModels) {
+  const int depth = 200000;
+  const TString model = TString(depth, L'(') + L"x" + TString(depth, L')');
+  EXPECT_EQ(PARSE_NO_ERROR,
+            std::get<0>(ParseOutcome(L"<!DOCTYPE a [<!ELEMENT a " + model + L">]><a/>")));
+  EXPECT_EQ(PARSE_UNEXPECTED_END,
+            std::get<0>(ParseOutcome(L"<!DOCTYPE a [<!ELEMENT a " + model.substr(0, depth + 1))));
 }
 
 }  // namespace
