@@ -1,6 +1,7 @@
 #include "xmlparser/Parser.h"
 
 #include <algorithm>
+#include <iterator>
 #include <utility>
 
 #include "xmlparser/CharacterData.h"
@@ -44,6 +45,8 @@ int DecimalDigitValue(wchar_t c) { return IsDecimalDigit(c) ? c - L'0' : -1; }
 
 }  // namespace
 
+// One message per code, in code order, each spelled as it has always been, slips included:
+// callers may compare the text.
 const wchar_t* const ParsingException::s_szMessages[] = {
     L"No error",
     L"Unexpected end of document",
@@ -92,7 +95,8 @@ const wchar_t* const ParsingException::s_szMessages[] = {
 };
 
 const wchar_t* ParsingException::GetErrorMessage() const {
-  const int count = sizeof(s_szMessages) / sizeof(s_szMessages[0]);
+  constexpr int count = std::size(s_szMessages);
+  static_assert(count == PARSE_DATA_AFTER_ROOT + 1, "one message for every code");
   return m_error >= 0 && m_error < count ? s_szMessages[m_error] : s_szMessages[0];
 }
 

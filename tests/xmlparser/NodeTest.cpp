@@ -81,7 +81,7 @@ TEST(NodeTest, ValuesNormaliseAndTrimByContainer) {
     EXPECT_EQ(c.attribute, attribute.GetValue());
   }
 
-  // Nested elements are normalised by themselves first, then again inside their parent.
+  // Nested elements are finished by their own rule first, then by their parent's.
   Document document(L"root");
   Element& root = document.GetRoot();
   root.AddText(L" a ");
@@ -89,6 +89,9 @@ TEST(NodeTest, ValuesNormaliseAndTrimByContainer) {
   inner.SetPreserveSpaces(true);
   inner.AddText(L"  b  ");
   EXPECT_EQ(L"a b", document.GetValue());
+  root.SetPreserveSpaces(true);  // and each keeps its own spaces when both preserve them
+  EXPECT_EQ(L" a   b  ", root.GetValue());
+  root.SetPreserveSpaces(false);
 
   Value(inner).Set(L"c");  // replaces every child
   EXPECT_EQ(1u, inner.GetChildCount());
