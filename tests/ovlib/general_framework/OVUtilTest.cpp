@@ -81,14 +81,4 @@ TEST(FilenameHasExtensionTest, ComparesTheTextAfterTheLastStop) {
   EXPECT_TRUE(FilenameHasExtension(L"a.", L""));           // a trailing stop: an empty one
 }
 
-TEST(OVUtilTest, StringFlavours) {
-  EXPECT_EQ(L"abc", ConvertToTString(std::string("abc")));
-  EXPECT_EQ(L"", ConvertToTString(std::string("caf\xC3\xA9")));  // not ASCII
-  EXPECT_EQ("caf\xC3\xA9", ConvertToCharString(L"caf\u00E9"));
-  EXPECT_EQ("", ConvertToCharString(TString{0xD800}));  // a lone surrogate has no UTF-8 form
-  EXPECT_EQ(0x3412, ByteSwap(0x1234));
-  EXPECT_EQ(static_cast<short>(0xFF80), ByteSwap(static_cast<short>(0x80FF)));
-  EXPECT_EQ(0, checked_fclose(nullptr));
-}
-
 }  // namespace
