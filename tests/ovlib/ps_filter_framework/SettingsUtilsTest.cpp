@@ -128,54 +128,46 @@ TEST_F(SettingsUtilsTest, UserSettingsFolder) {
   EXPECT_EQ(-1, SettingsUtils::GetUserSettingsFolderForFilter(L"Mendora", L"F", folder));
 }
 
+// A package carries an old file up to its first zero byte, as character data in UTF-16; before
+// that byte, what character data cannot hold is refused. The application's examination sends the
+// package to its filter's folder, where it unpacks under the old file's name.
 TEST_F(SettingsUtilsTest, PackageRoundTrip) {
-  const std::string old = "BristleDrag\rradius=3\r\rcolour=\xE9\xFF \"q\" <&>\r";
-  OVFileSystemReference oldFile = Input("old setting", old), package;
-  fs::create_directory(m_temp.Path("out"));
-  ASSERT_EQ(0, SettingsUtils::PackageOldSettingsFile(oldFile, Ref("out"), package));
-  EXPECT_EQ(
-      Utf16(u"<?xml version=\"1.0\" encoding=\"UTF-16\"?>\n"
-            u"<oldstyle_setting filter=\"BristleDrag\" name=\"old setting\" set=\"Daubery\">\n"
-            u"  <![CDATA[BristleDrag\rradius=3\r\rcolour=\u00E9\u00FF \"q\" <&>\r]]>\n"
-            u"</oldstyle_setting>",
-            false),
-      m_temp.Contents("out/old setting.f1s"));
-
-  // The application examines the package and unpacks it under the setting's own name.
-  ASSERT_EQ("old-style \"old setting\" of BristleDrag in Daubery/BristleDrag",
-            Examine(m_temp.Contents("out/old setting.f1s")));
-  const std::string folder = kAppSupport + "Daubery/BristleDrag"s;
-  OVFileSystemReference destination = Ref(folder), unpacked;
-  ASSERT_EQ(0, SettingsUtils::UnpackageOldSettingsFile(package, destination, unpacked));
-  EXPECT_EQ(folder + "/old setting", Relative(unpacked));
-  EXPECT_EQ(old, m_temp.Contents(folder + "/old setting"));
-}
-
-// A package carries an old file up to its first zero byte; before that, what character data
-// cannot hold is refused.
-TEST_F(SettingsUtilsTest, PackagesUpToTheFirstZeroByte) {
+  const std::string characters = "BristleDrag\rradius=3\r\rcolour=\xE9\xFF \"q\" <&>\r";
   struct Case {
     std::string old;
     int status;
-    std::string unpacked;
+    std::string carried;
   };
   const Case cases[] = {
+      {characters, 0, characters},
       {"BristleDrag\rends with a zero\r\0"s, 0, "BristleDrag\rends with a zero\r"},
       {"BristleDrag\rzero\0\x01]]> after it"s, 0, "BristleDrag\rzero"},
       {"BristleDrag\rcontrol\x01", -1, ""},
       {"BristleDrag\rends]]>early\0", -1, ""},
   };
-  OVFileSystemReference folder = Ref("in");
+  const std::string folder = kAppSupport + "Daubery/BristleDrag"s;
+  fs::create_directory(m_temp.Path("out"));
   for (const Case& c : cases) {
     SCOPED_TRACE(c.old);
-    fs::remove(m_temp.Path("in/old.f1s"));
+    fs::remove(m_temp.Path("out/old setting.f1s"));
     OVFileSystemReference package, unpacked;
-    EXPECT_EQ(c.status,
-              SettingsUtils::PackageOldSettingsFile(Input("old", c.old), folder, package));
-    EXPECT_EQ(c.status == 0, fs::exists(m_temp.Path("in/old.f1s")));
+    EXPECT_EQ(c.status, SettingsUtils::PackageOldSettingsFile(Input("old setting", c.old),
+                                                              Ref("out"), package));
+    EXPECT_EQ(c.status == 0, fs::exists(m_temp.Path("out/old setting.f1s")));
     if (c.status != 0) continue;
-    ASSERT_EQ(0, SettingsUtils::UnpackageOldSettingsFile(package, folder, unpacked));
-    EXPECT_EQ(c.unpacked, m_temp.Contents("in/old"));
+    std::u16string carried;
+    for (unsigned char byte : c.carried) carried += byte;
+    EXPECT_EQ(Utf16(u"<?xml version=\"1.0\" encoding=\"UTF-16\"?>\n<oldstyle_setting "
+                    u"filter=\"BristleDrag\" name=\"old setting\" set=\"Daubery\">\n  <![CDATA[" +
+                        carried + u"]]>\n</oldstyle_setting>",
+                    false),
+              m_temp.Contents("out/old setting.f1s"));
+    ASSERT_EQ("old-style \"old setting\" of BristleDrag in Daubery/BristleDrag",
+              Examine(m_temp.Contents("out/old setting.f1s")));
+    OVFileSystemReference destination = Ref(folder);
+    ASSERT_EQ(0, SettingsUtils::UnpackageOldSettingsFile(package, destination, unpacked));
+    EXPECT_EQ(folder + "/old setting", Relative(unpacked));
+    EXPECT_EQ(c.carried, m_temp.Contents(folder + "/old setting"));
   }
 }
 
