@@ -23,22 +23,17 @@ class OVAssertFailedTest : public ScriptedAlertsTest {};
 
 // The report names the failed check; its buttons go on, try a debugger or lead to a second alert.
 TEST_F(OVAssertFailedTest, ReportAndItsButtons) {
-  struct Case {
-    const char* label;
-    std::vector<DialogItemIndex> answers;
-    std::size_t alerts;
+  const std::pair<const char*, std::vector<DialogItemIndex>> scripts[] = {
+      {"Continue", {kAlertStdAlertOKButton}},
+      {"Debug, with no debugger attached", {kAlertStdAlertCancelButton}},
+      {"More Options, then Continue", {kAlertStdAlertOtherButton, kAlertStdAlertOKButton}},
   };
-  const Case cases[] = {
-      {"Continue", {kAlertStdAlertOKButton}, 1},
-      {"Debug, with no debugger attached", {kAlertStdAlertCancelButton}, 1},
-      {"More Options, then Continue", {kAlertStdAlertOtherButton, kAlertStdAlertOKButton}, 2},
-  };
-  for (const Case& c : cases) {
-    SCOPED_TRACE(c.label);
+  for (const auto& [label, answers] : scripts) {
+    SCOPED_TRACE(label);
     m_alerts.m_vecAlerts.clear();
-    m_alerts.m_queAnswers.assign(c.answers.begin(), c.answers.end());
+    m_alerts.m_queAnswers.assign(answers.begin(), answers.end());
     OV_AssertFailed("mac/Kestrail", 42, "DisplayAlert");
-    EXPECT_EQ(c.alerts, m_alerts.m_vecAlerts.size());
+    EXPECT_EQ(answers.size(), m_alerts.m_vecAlerts.size());  // an alert for each answer, no more
   }
   const AlertDescription& alert = m_alerts.m_vecAlerts[0];
   EXPECT_EQ(kAlertStopAlert, alert.m_nKind);
@@ -133,16 +128,16 @@ TEST(OpenURLTest, HandsTheURLToTheOpenerAndReportsItsFailure) {
   EXPECT_EQ(-1, OpenURL(L"https://example.com/fail"));
 }
 
-TEST(LoadFrameworkBundleTest, LoadsFromTheFrameworksFolder) {
-  TempFolder temp;
-  ASSERT_FALSE(temp.Path().empty());
-  ScopedVariable dataHome("XDG_DATA_HOME", temp.Path().c_str());
+class LoadFrameworkBundleTest : public SettingsHomeTest {};
+
+TEST_F(LoadFrameworkBundleTest, LoadsFromTheFrameworksFolder) {
+  const std::string folder = m_temp.Path("home/data/Frameworks");
   CFBundleRef bundle = reinterpret_cast<CFBundleRef>(1);
   EXPECT_EQ(coreFoundationUnknownErr, LoadFrameworkBundle(CFSTR("TestKit.framework"), &bundle));
   EXPECT_EQ(nullptr, bundle);
-  EXPECT_TRUE(fs::is_directory(temp.Path("Frameworks")));
-  fs::create_directory(temp.Path("Frameworks/TestKit.framework"));
-  fs::copy_file(TEST_FRAMEWORK_EXECUTABLE, temp.Path("Frameworks/TestKit.framework/TestKit"));
+  EXPECT_TRUE(fs::is_directory(folder));
+  fs::create_directory(folder + "/TestKit.framework");
+  fs::copy_file(TEST_FRAMEWORK_EXECUTABLE, folder + "/TestKit.framework/TestKit");
   ASSERT_EQ(noErr, LoadFrameworkBundle(CFSTR("TestKit.framework"), &bundle));
   EXPECT_NE(nullptr, bundle);
   CFRelease(bundle);
