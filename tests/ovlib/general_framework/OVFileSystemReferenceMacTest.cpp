@@ -25,17 +25,24 @@ class OVFileSystemReferenceTest : public SettingsHomeTest {
   }
 };
 
-TEST_F(OVFileSystemReferenceTest, SubobjectExistsTellsMissingFromBadNames) {
-  Input("present", "x");
+// A missing child is an answer and a bad name a failure, neither of them a bug; a file's parent
+// is its folder, and the root's names nothing.
+TEST_F(OVFileSystemReferenceTest, LookupsAndParents) {
+  OVFileSystemReference in = Ref("in"), root, parent;
+  ASSERT_EQ(0, Input("present", "x").MakeParentReference(parent));
+  EXPECT_EQ(noErr, FSCompareFSRefs(parent, in));
   bool exists = false;
-  EXPECT_EQ(0, Ref("in").SubobjectExists(L"present", exists));
+  EXPECT_EQ(0, in.SubobjectExists(L"present", exists));
   EXPECT_TRUE(exists);
-  EXPECT_EQ(0, Ref("in").SubobjectExists(L"missing", exists));
+  EXPECT_EQ(0, in.SubobjectExists(L"missing", exists));
   EXPECT_FALSE(exists);
   exists = true;
-  EXPECT_EQ(-1, Ref("in").SubobjectExists(L"..", exists));
+  EXPECT_EQ(-1, in.SubobjectExists(L"..", exists));
   EXPECT_FALSE(exists);
-  EXPECT_TRUE(m_alerts.m_vecAlerts.empty());  // a bad name is the user's, not a bug
+  EXPECT_TRUE(m_alerts.m_vecAlerts.empty());
+  ASSERT_EQ(noErr, FSPathMakeRef(reinterpret_cast<const UInt8*>("/"), root, nullptr));
+  EXPECT_EQ(0, root.MakeParentReference(parent));
+  EXPECT_FALSE(parent.Exists());
 }
 
 TEST_F(OVFileSystemReferenceTest, MisuseIsReportedAndTheOperationFails) {
@@ -54,15 +61,6 @@ TEST_F(OVFileSystemReferenceTest, MisuseIsReportedAndTheOperationFails) {
   EXPECT_TRUE(Reported("CreateDirectory"));
 }
 
-TEST_F(OVFileSystemReferenceTest, RootFolderHasAParentThatNamesNothing) {
-  OVFileSystemReference root, parent;
-  ASSERT_EQ(noErr, FSPathMakeRef(reinterpret_cast<const UInt8*>("/"), root, nullptr));
-  EXPECT_EQ(0, root.MakeParentReference(parent));
-  EXPECT_FALSE(parent.Exists());
-  ASSERT_EQ(0, Input("file", "x").MakeParentReference(parent));
-  EXPECT_EQ(noErr, FSCompareFSRefs(parent, Ref("in")));
-}
-
 TEST_F(OVFileSystemReferenceTest, CopyIsByteIdenticalAndTyped) {
   std::string large;  // more than the copy's buffer, NULs included
   for (int i = 0; i < 10000; ++i) large += static_cast<char>(i * 7 % 256);
@@ -73,9 +71,7 @@ TEST_F(OVFileSystemReferenceTest, CopyIsByteIdenticalAndTyped) {
     fs::permissions(m_temp.Path("in/source"), fs::perms::owner_read);  // a read-only source copies
     ASSERT_EQ(0, source.Copy(destination, copy, true));
     EXPECT_EQ(contents, m_temp.Contents("in/destination/source"));
-    TString name;
-    ASSERT_EQ(0, copy.GetName(name));
-    EXPECT_EQ(L"source", name);
+    EXPECT_EQ("in/destination/source", Relative(copy));
     FinderInfo info;
     ASSERT_EQ(noErr, FSGetFinderInfo(copy, &info, nullptr, nullptr));
     if (info.file.fileType != 0) {  // zero where the file system keeps no Finder information
@@ -142,8 +138,10 @@ TEST_F(OVFileSystemReferenceTest, InstallsThatFailLeaveTheFolderAsItWas) {
   EXPECT_GE(tried, 10);
 }
 
-TEST_F(OVFileSystemReferenceTest, RenameKeepsTheReferenceOnTheFile) {
-  OVFileSystemReference file = Input("before", "x");
+// In its folder the reference follows the file; into another folder a taken name leaves it where
+// it was.
+TEST_F(OVFileSystemReferenceTest, RenameAndMove) {
+  OVFileSystemReference file = Input("before", "x"), destination = Folder(L"destination");
   Input("taken", "y");
   EXPECT_EQ(-1, file.Rename(L"taken"));
   EXPECT_EQ(-1, file.Rename(L"a/b"));
@@ -154,20 +152,17 @@ TEST_F(OVFileSystemReferenceTest, RenameKeepsTheReferenceOnTheFile) {
   EXPECT_FALSE(fs::exists(m_temp.Path("in/before")));
   EXPECT_EQ("y", m_temp.Contents("in/taken"));
   EXPECT_TRUE(m_alerts.m_vecAlerts.empty());
-}
 
-TEST_F(OVFileSystemReferenceTest, MoveRenameIntoAnotherFolder) {
-  OVFileSystemReference file = Input("file", "x"), destination = Folder(L"destination");
   m_temp.Write("in/destination/taken", "z");
   const std::vector<UniChar> taken = Units(u"taken"), moved = Units(u"moved");
   FSRef result;
   EXPECT_EQ(dupFNErr, FSMoveRenameObjectUnicode(file, destination, taken.size(), taken.data(),
                                                 kTextEncodingUnicodeDefault, &result));
-  EXPECT_TRUE(fs::exists(m_temp.Path("in/file")));
+  EXPECT_TRUE(fs::exists(m_temp.Path("in/after")));
   ASSERT_EQ(noErr, FSMoveRenameObjectUnicode(file, destination, moved.size(), moved.data(),
                                              kTextEncodingUnicodeDefault, &result));
   EXPECT_EQ("x", m_temp.Contents("in/destination/moved"));
-  EXPECT_FALSE(fs::exists(m_temp.Path("in/destination/file")));
+  EXPECT_FALSE(fs::exists(m_temp.Path("in/destination/after")));
 }
 
 }  // namespace
