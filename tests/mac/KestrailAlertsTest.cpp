@@ -11,7 +11,7 @@
 #include "platform/EventLoop.h"
 #include "tests/FaultyDisk.h"
 #include "tests/ScriptedDialogBackend.h"
-#include "tests/ovlib/ps_filter_framework/SettingsHome.h"
+#include "tests/ovlib/SettingsHome.h"
 
 namespace {
 

@@ -3,7 +3,7 @@
 
 #include "mac/Version.h"
 #include "tests/mac/RunProgram.h"
-#include "tests/ovlib/ps_filter_framework/SettingsHome.h"
+#include "tests/ovlib/SettingsHome.h"
 
 namespace {
 

@@ -9,7 +9,7 @@
 #include <set>
 
 #include "tests/mac/RunProgram.h"
-#include "tests/ovlib/ps_filter_framework/SettingsHome.h"
+#include "tests/ovlib/SettingsHome.h"
 
 namespace {
 

@@ -4,7 +4,7 @@
 #include <vector>
 
 #include "ovlib/general_framework/OVUtil.h"
-#include "tests/ovlib/ScriptedAlerts.h"
+#include "tests/ovlib/SettingsHome.h"
 
 namespace {
 
@@ -39,7 +39,7 @@ TEST(ConvertFileBufferToWStringTest, ByteOrderMarksAndUtf8) {
   }
 }
 
-class ConvertWStringToFileBufferTest : public ScriptedAlertsTest {};
+class ConvertWStringToFileBufferTest : public SettingsHomeTest {};
 
 // Host order with a mark, low sixteen bits of each character; empty text is a caller's bug but
 // still gives the mark.

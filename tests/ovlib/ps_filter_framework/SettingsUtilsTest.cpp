@@ -5,7 +5,7 @@
 #include "ovlib/general_framework/OVUtil.h"
 #include "ovlib/ps_filter_framework/SettingsUtils.h"
 #include "tests/FaultyDisk.h"
-#include "tests/ovlib/ps_filter_framework/SettingsHome.h"
+#include "tests/ovlib/SettingsHome.h"
 
 namespace {
 

@@ -10,8 +10,7 @@
 #include "ovlib/general_framework/OVFileSystemReferenceMac.h"
 #include "tests/ScopedVariable.h"
 #include "tests/TempFolder.h"
-#include "tests/ovlib/ScriptedAlerts.h"
-#include "tests/ovlib/ps_filter_framework/SettingsHome.h"
+#include "tests/ovlib/SettingsHome.h"
 
 namespace {
 
@@ -19,7 +18,7 @@ namespace fs = std::filesystem;
 
 using Bytes = std::vector<unsigned char>;
 
-class OVAssertFailedTest : public ScriptedAlertsTest {};
+class OVAssertFailedTest : public SettingsHomeTest {};
 
 // The report names the failed check; its buttons go on, try a debugger or lead to a second alert.
 TEST_F(OVAssertFailedTest, ReportAndItsButtons) {
