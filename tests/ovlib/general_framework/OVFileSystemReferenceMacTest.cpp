@@ -1,8 +1,6 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
-#include <fstream>
-#include <functional>
 #include <set>
 #include <string>
 #include <vector>
@@ -11,53 +9,44 @@
 #include "ovlib/general_framework/OVFileSystemReferenceMac.h"
 #include "ovlib/ps_filter_framework/SettingsUtils.h"
 #include "tests/FaultyDisk.h"
-#include "tests/TempFolder.h"
-#include "tests/ovlib/ScriptedAlerts.h"
+#include "tests/ovlib/SettingsHome.h"
 
 namespace {
 
 namespace fs = std::filesystem;
 
-class OVFileSystemReferenceTest : public ScriptedAlertsTest {
+class OVFileSystemReferenceTest : public SettingsHomeTest {
  protected:
-  void SetUp() override {
-    ASSERT_FALSE(m_temp.Path().empty());
-    ASSERT_EQ(noErr, FSPathMakeRef(m_temp.PosixPath(), m_rootRef, nullptr));
-  }
-
-  OVFileSystemReference Write(const std::string& name, const std::string& contents) {
-    m_temp.Write(name, contents);
-    OVFileSystemReference file;
-    EXPECT_EQ(0, m_rootRef.MakeSubobjectReference(ToTString(name), file));
-    return file;
-  }
-  OVFileSystemReference Folder(const std::string& name) {
+  // The folder in/`name`, made by the library.
+  OVFileSystemReference Folder(const TString& name) {
     OVFileSystemReference folder;
-    EXPECT_EQ(0, m_rootRef.CreateDirectory(ToTString(name), folder));
+    EXPECT_EQ(0, Ref("in").CreateDirectory(name, folder));
     return folder;
   }
-  static TString ToTString(const std::string& ascii) { return TString(ascii.begin(), ascii.end()); }
-
-  TempFolder m_temp;
-  OVFileSystemReference m_rootRef;
 };
 
-TEST_F(OVFileSystemReferenceTest, SubobjectExistsTellsMissingFromBadNames) {
-  Write("present", "x");
+// A missing child is an answer and a bad name a failure, neither of them a bug; a file's parent
+// is its folder, and the root's names nothing.
+TEST_F(OVFileSystemReferenceTest, LookupsAndParents) {
+  OVFileSystemReference in = Ref("in"), root, parent;
+  ASSERT_EQ(0, Input("present", "x").MakeParentReference(parent));
+  EXPECT_EQ(noErr, FSCompareFSRefs(parent, in));
   bool exists = false;
-  EXPECT_EQ(0, m_rootRef.SubobjectExists(L"present", exists));
+  EXPECT_EQ(0, in.SubobjectExists(L"present", exists));
   EXPECT_TRUE(exists);
-  EXPECT_EQ(0, m_rootRef.SubobjectExists(L"missing", exists));
+  EXPECT_EQ(0, in.SubobjectExists(L"missing", exists));
   EXPECT_FALSE(exists);
   exists = true;
-  EXPECT_EQ(-1, m_rootRef.SubobjectExists(L"..", exists));
+  EXPECT_EQ(-1, in.SubobjectExists(L"..", exists));
   EXPECT_FALSE(exists);
-  EXPECT_TRUE(m_alerts.m_vecAlerts.empty());  // a bad name is the user's, not a bug
+  EXPECT_TRUE(m_alerts.m_vecAlerts.empty());
+  ASSERT_EQ(noErr, FSPathMakeRef(reinterpret_cast<const UInt8*>("/"), root, nullptr));
+  EXPECT_EQ(0, root.MakeParentReference(parent));
+  EXPECT_FALSE(parent.Exists());
 }
 
 TEST_F(OVFileSystemReferenceTest, MisuseIsReportedAndTheOperationFails) {
-  OVFileSystemReference file = Write("file", "x");
-  OVFileSystemReference nothing, child;
+  OVFileSystemReference file = Input("file", "x"), nothing, child;
   bool exists = true;
   EXPECT_FALSE(nothing.IsFile());
   EXPECT_TRUE(Reported("IsFile"));
@@ -72,57 +61,45 @@ TEST_F(OVFileSystemReferenceTest, MisuseIsReportedAndTheOperationFails) {
   EXPECT_TRUE(Reported("CreateDirectory"));
 }
 
-TEST_F(OVFileSystemReferenceTest, RootFolderHasAParentThatNamesNothing) {
-  OVFileSystemReference root, parent;
-  ASSERT_EQ(noErr, FSPathMakeRef(reinterpret_cast<const UInt8*>("/"), root, nullptr));
-  EXPECT_EQ(0, root.MakeParentReference(parent));
-  EXPECT_FALSE(parent.Exists());
-  OVFileSystemReference file = Write("file", "x");
-  ASSERT_EQ(0, file.MakeParentReference(parent));
-  EXPECT_EQ(noErr, FSCompareFSRefs(parent, m_rootRef));
-}
-
 TEST_F(OVFileSystemReferenceTest, CopyIsByteIdenticalAndTyped) {
   std::string large;  // more than the copy's buffer, NULs included
   for (int i = 0; i < 10000; ++i) large += static_cast<char>(i * 7 % 256);
-  OVFileSystemReference destination = Folder("destination");
+  OVFileSystemReference destination = Folder(L"destination");
   for (const std::string& contents : {large, std::string()}) {
     SCOPED_TRACE(contents.size());
-    OVFileSystemReference source = Write("source", contents), copy;
-    fs::permissions(m_temp.Path("source"), fs::perms::owner_read);  // a read-only source copies
+    OVFileSystemReference source = Input("source", contents), copy;
+    fs::permissions(m_temp.Path("in/source"), fs::perms::owner_read);  // a read-only source copies
     ASSERT_EQ(0, source.Copy(destination, copy, true));
-    EXPECT_EQ(contents, m_temp.Contents("destination/source"));
-    TString name;
-    ASSERT_EQ(0, copy.GetName(name));
-    EXPECT_EQ(L"source", name);
+    EXPECT_EQ(contents, m_temp.Contents("in/destination/source"));
+    EXPECT_EQ("in/destination/source", Relative(copy));
     FinderInfo info;
     ASSERT_EQ(noErr, FSGetFinderInfo(copy, &info, nullptr, nullptr));
     if (info.file.fileType != 0) {  // zero where the file system keeps no Finder information
       EXPECT_EQ(MakeFourCharCode("TEXT"), info.file.fileType);
       EXPECT_EQ(MakeFourCharCode("    "), info.file.fileCreator);
     }
-    fs::remove(m_temp.Path("source"));
+    fs::remove(m_temp.Path("in/source"));
   }
 }
 
 TEST_F(OVFileSystemReferenceTest, CopyOntoAnExistingName) {
-  OVFileSystemReference destination = Folder("destination");
-  m_temp.Write("destination/setting", "old");
-  OVFileSystemReference source = Write("setting", "new"), copy;
+  OVFileSystemReference destination = Folder(L"destination");
+  m_temp.Write("in/destination/setting", "old");
+  OVFileSystemReference source = Input("setting", "new"), copy;
   EXPECT_EQ(-1, source.Copy(destination, copy, false));
-  EXPECT_EQ("old", m_temp.Contents("destination/setting"));
+  EXPECT_EQ("old", m_temp.Contents("in/destination/setting"));
   EXPECT_FALSE(copy.Exists());
   EXPECT_EQ(0, source.Copy(destination, copy, true));
-  EXPECT_EQ("new", m_temp.Contents("destination/setting"));
+  EXPECT_EQ("new", m_temp.Contents("in/destination/setting"));
   // A source written since the state its caller saw is not what the caller means to copy.
   OVFileVersion seen;
   ASSERT_EQ(0, source.GetVersion(seen));
-  m_temp.Write("setting", "newer");
+  m_temp.Write("in/setting", "newer");
   EXPECT_EQ(-1, source.Copy(destination, copy, true, &seen));
-  EXPECT_EQ("new", m_temp.Contents("destination/setting"));
+  EXPECT_EQ("new", m_temp.Contents("in/destination/setting"));
   // Into its own folder, the existing object is the source itself: it must survive.
-  EXPECT_EQ(-1, source.Copy(m_rootRef, copy, true));
-  EXPECT_EQ("newer", m_temp.Contents("setting"));
+  EXPECT_EQ(-1, source.Copy(Ref("in"), copy, true));
+  EXPECT_EQ("newer", m_temp.Contents("in/setting"));
 }
 
 // Both ways a setting is installed over an older one, a copy and an unpacked package, with each
@@ -130,41 +107,30 @@ TEST_F(OVFileSystemReferenceTest, CopyOntoAnExistingName) {
 // is left in the folder, unless the failure came after the new file took its name.
 TEST_F(OVFileSystemReferenceTest, InstallsThatFailLeaveTheFolderAsItWas) {
   const std::string older = "the older setting", newer(3 * 4096 + 7, 'n');
-  OVFileSystemReference destination = Folder("destination");
-  OVFileSystemReference source = Write("setting", newer);
-  OVFileSystemReference package = Write(
+  OVFileSystemReference destination = Folder(L"destination");
+  OVFileSystemReference source = Input("setting", newer);
+  OVFileSystemReference package = Input(
       "package", "<oldstyle_setting name=\"setting\"><![CDATA[" + newer + "]]></oldstyle_setting>");
-  struct Install {
-    const char* label;
-    std::function<int(OVFileSystemReference& installed)> run;
-  };
-  const Install installs[] = {
-      {"copy", [&](auto& installed) { return source.Copy(destination, installed, true); }},
-      {"unpacking",
-       [&](auto& installed) {
-         return SettingsUtils::UnpackageOldSettingsFile(package, destination, installed);
-       }},
-  };
   int tried = 0;
-  for (const Install& install : installs) {
+  for (bool unpacking : {false, true}) {
     for (int call = 0; call < static_cast<int>(DiskCall::kCount); ++call) {
       for (int nth = 1;; ++nth) {
-        SCOPED_TRACE(testing::Message() << install.label << ", call " << call << ", #" << nth);
-        m_temp.Write("destination/setting", older);
+        SCOPED_TRACE(testing::Message()
+                     << (unpacking ? "unpacking" : "copy") << ", call " << call << ", #" << nth);
+        m_temp.Write("in/destination/setting", older);
         FaultyDisk disk(static_cast<DiskCall>(call), nth);
+        ScopedDiskBackend faulty(disk);
         OVFileSystemReference installed;
-        int status;
-        {
-          ScopedDiskBackend faulty(disk);
-          status = install.run(installed);
-        }
+        const int status =
+            unpacking ? SettingsUtils::UnpackageOldSettingsFile(package, destination, installed)
+                      : source.Copy(destination, installed, true);
         if (!disk.Failed()) {
           EXPECT_EQ(0, status);
           break;
         }
         ++tried;
-        EXPECT_EQ(status == 0 ? newer : older, m_temp.Contents("destination/setting"));
-        EXPECT_EQ(std::set<std::string>{"setting"}, m_temp.Names("destination"));
+        EXPECT_EQ(status == 0 ? newer : older, m_temp.Contents("in/destination/setting"));
+        EXPECT_EQ(std::set<std::string>{"setting"}, m_temp.Names("in/destination"));
       }
     }
   }
@@ -172,34 +138,31 @@ TEST_F(OVFileSystemReferenceTest, InstallsThatFailLeaveTheFolderAsItWas) {
   EXPECT_GE(tried, 10);
 }
 
-TEST_F(OVFileSystemReferenceTest, RenameKeepsTheReferenceOnTheFile) {
-  OVFileSystemReference file = Write("before", "x");
-  Write("taken", "y");
+// In its folder the reference follows the file; into another folder a taken name leaves it where
+// it was.
+TEST_F(OVFileSystemReferenceTest, RenameAndMove) {
+  OVFileSystemReference file = Input("before", "x"), destination = Folder(L"destination");
+  Input("taken", "y");
   EXPECT_EQ(-1, file.Rename(L"taken"));
   EXPECT_EQ(-1, file.Rename(L"a/b"));
   ASSERT_EQ(0, file.Rename(L"after"));
   TString name;
   ASSERT_EQ(0, file.GetName(name));
   EXPECT_EQ(L"after", name);
-  EXPECT_FALSE(fs::exists(m_temp.Path("before")));
-  EXPECT_EQ("y", m_temp.Contents("taken"));
+  EXPECT_FALSE(fs::exists(m_temp.Path("in/before")));
+  EXPECT_EQ("y", m_temp.Contents("in/taken"));
   EXPECT_TRUE(m_alerts.m_vecAlerts.empty());
-}
 
-TEST_F(OVFileSystemReferenceTest, MoveRenameIntoAnotherFolder) {
-  OVFileSystemReference file = Write("file", "x");
-  OVFileSystemReference destination = Folder("destination");
-  m_temp.Write("destination/taken", "z");
-  const std::vector<UniChar> taken = CreateUniCharVectorFromTString(L"taken");
-  const std::vector<UniChar> moved = CreateUniCharVectorFromTString(L"moved");
+  m_temp.Write("in/destination/taken", "z");
+  const std::vector<UniChar> taken = Units(u"taken"), moved = Units(u"moved");
   FSRef result;
   EXPECT_EQ(dupFNErr, FSMoveRenameObjectUnicode(file, destination, taken.size(), taken.data(),
                                                 kTextEncodingUnicodeDefault, &result));
-  EXPECT_TRUE(fs::exists(m_temp.Path("file")));
+  EXPECT_TRUE(fs::exists(m_temp.Path("in/after")));
   ASSERT_EQ(noErr, FSMoveRenameObjectUnicode(file, destination, moved.size(), moved.data(),
                                              kTextEncodingUnicodeDefault, &result));
-  EXPECT_EQ("x", m_temp.Contents("destination/moved"));
-  EXPECT_FALSE(fs::exists(m_temp.Path("destination/file")));
+  EXPECT_EQ("x", m_temp.Contents("in/destination/moved"));
+  EXPECT_FALSE(fs::exists(m_temp.Path("in/destination/after")));
 }
 
 }  // namespace

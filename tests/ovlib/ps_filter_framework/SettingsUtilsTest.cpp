@@ -1,11 +1,15 @@
 #include <gtest/gtest.h>
 
+#include <cstring>
+
+#include "ovlib/general_framework/OVUtil.h"
 #include "ovlib/ps_filter_framework/SettingsUtils.h"
 #include "tests/FaultyDisk.h"
-#include "tests/ovlib/ps_filter_framework/SettingsHome.h"
+#include "tests/ovlib/SettingsHome.h"
 
 namespace {
 
+namespace fs = std::filesystem;
 using namespace std::string_literals;
 
 const char* const kAppSupport = "home/data/Orvelle/";
@@ -22,21 +26,22 @@ std::string Utf16(const std::u16string& text, bool bigEndian) {
 
 class SettingsUtilsTest : public SettingsHomeTest {
  protected:
-  // Examines `contents`; the flags start out true, so that a false one was written.
-  struct Examination {
-    int status;
+  // What examining `contents` (padded with zeros to `size`) finds: "refused", or the filter and
+  // the folder below Application Support's "Orvelle", after the setting's name for an old-style
+  // package. The flags start out true, so that one left unwritten shows.
+  std::string Examine(const std::string& contents, std::uintmax_t size = 0) {
+    OVFileSystemReference source = Input("setting", contents), destination;
+    if (size > 0) fs::resize_file(m_temp.Path("in/setting"), size);
+    TString settingName, setName, filterName;
     bool isOldStyle = true, needsGlimmerboxFolder = true;
-    TString setName, filterName, settingName;
-    std::string folder;
-  };
-  Examination Examine(const std::string& contents) {
-    Examination result;
-    OVFileSystemReference destination;
-    result.status = SettingsUtils::LocateFolderForSetting(
-        Input("setting", contents), destination, result.settingName, result.setName,
-        result.filterName, result.isOldStyle, result.needsGlimmerboxFolder);
-    result.folder = Relative(destination);
-    return result;
+    if (SettingsUtils::LocateFolderForSetting(source, destination, settingName, setName, filterName,
+                                              isOldStyle, needsGlimmerboxFolder) != 0)
+      return "refused";
+    std::string folder = Relative(destination);
+    if (folder.rfind(kAppSupport, 0) == 0) folder.erase(0, std::strlen(kAppSupport));
+    if (needsGlimmerboxFolder) folder = "the chosen Glimmerbox folder" + folder;
+    const std::string old = "old-style \"" + ConvertToCharString(settingName) + "\" of ";
+    return (isOldStyle ? old : "") + ConvertToCharString(filterName) + " in " + folder;
   }
   void WritePreferences(const std::string& domain, const std::string& value) {
     m_temp.Write("home/config/" + domain + ".plist",
@@ -47,44 +52,49 @@ class SettingsUtilsTest : public SettingsHomeTest {
   }
 };
 
-TEST_F(SettingsUtilsTest, ExaminesTheThreeForms) {
+// The three forms, and the files refused, names that would leave their folder included.
+TEST_F(SettingsUtilsTest, Examination) {
   struct Case {
     const char* label;
-    std::string contents;
-    bool isOldStyle, needsGlimmerboxFolder;
-    const wchar_t* filterName;
-    std::string folder;  // below the Application Support folder's "Orvelle"; "" for none
+    std::string contents, found;
   };
   const Case cases[] = {
-      {"xml setting", "<setting set=\"Daubery\" filter=\"F\" name=\"N\"/>", false, false, L"F",
-       "Daubery/F"},
+      {"xml setting", "<setting set=\"Daubery\" filter=\"F\" name=\"N\"/>", "F in Daubery/F"},
+      {"white space before the root", " \r\n<setting set=\"Daubery\" filter=\"F\"/>",
+       "F in Daubery/F"},
       {"old-style package",
        "<oldstyle_setting filter=\"F\" name=\"N\" set=\"Mendora\"><![CDATA[x]]></oldstyle_setting>",
-       true, false, L"F", "Mendora/F"},
-      {"legacy set", "<setting set=\"Glimmerbox\" filter=\"F\"/>", false, true, L"F", ""},
-      {"text keys must match exactly", "[{\"set\":\"Mendora\", \"Filter\": \"F\"}]", false, false,
-       L"filter", "set/filter"},
-      {"empty text value runs on", "[{\"set\": \"\", \"filter\": \"F\"}]", false, false, L"F",
-       "\", /F"},
-      {"text keys in any order, unclosed value", "[{\"filter\": \"F\", \"set\": \"Mendora", false,
-       false, L"F", "Mendora/F"},
+       "old-style \"N\" of F in Mendora/F"},
+      {"legacy set", "<setting set=\"Glimmerbox\" filter=\"F\"/>",
+       "F in the chosen Glimmerbox folder"},
+      {"text keys must match exactly", "[{\"set\":\"Mendora\", \"Filter\": \"F\"}]",
+       "filter in set/filter"},
+      {"empty text value runs on", "[{\"set\": \"\", \"filter\": \"F\"}]", "F in \", /F"},
+      {"text keys in any order, unclosed value", "[{\"filter\": \"F\", \"set\": \"Mendora",
+       "F in Mendora/F"},
       {"text form of the legacy set, after a utf-8 mark",
-       "\xEF\xBB\xBF[\"set\": \"Glimmerbox\", \"filter\": \"F\"]", false, false, L"F",
-       "Glimmerbox/F"},
+       "\xEF\xBB\xBF[\"set\": \"Glimmerbox\", \"filter\": \"F\"]", "F in Glimmerbox/F"},
+      {"no set: the empty name", "<setting filter=\"F\" name=\"N\"/>", "refused"},
+      {"the root's name is matched exactly", "<Setting set=\"Daubery\" filter=\"F\"/>", "refused"},
+      {"the text form starts at the first byte", " [{\"set\": \"Mendora\"}]", "refused"},
+      {"not UTF-8", "<setting set=\"Daub\xFF\"/>", "refused"},
+      {"under four bytes", "[ab", "refused"},
+      {"a set that leaves its folder", "<setting set=\"../../escape\" filter=\"F\"/>", "refused"},
+      {"a filter that leaves its folder", "<setting set=\"Daubery\" filter=\"..\"/>", "refused"},
+      {"a NUL, which only the text form carries",
+       "[\"set\": \"Mendora\", \"filter\": \"a\0escape\"]"s, "refused"},
   };
   for (const Case& c : cases) {
     SCOPED_TRACE(c.label);
-    Examination result = Examine(c.contents);
-    EXPECT_EQ(0, result.status);
-    EXPECT_EQ(c.isOldStyle, result.isOldStyle);
-    EXPECT_EQ(c.needsGlimmerboxFolder, result.needsGlimmerboxFolder);
-    EXPECT_EQ(c.filterName, result.filterName);
-    EXPECT_EQ(c.folder.empty() ? "" : kAppSupport + c.folder, result.folder);
+    EXPECT_EQ(c.found, Examine(c.contents));
   }
+  for (const auto& entry : fs::recursive_directory_iterator(m_temp.Path()))
+    EXPECT_EQ(std::string::npos, entry.path().string().find("escape", m_temp.Path().size()))
+        << entry.path();
 }
 
 TEST_F(SettingsUtilsTest, UserSettingsFolder) {
-  std::filesystem::create_directory(m_temp.Path("presets"));
+  fs::create_directory(m_temp.Path("presets"));
   struct Case {
     const char* label;
     std::string value;  // of the "User Folder" preference; "" writes no preferences file
@@ -99,7 +109,7 @@ TEST_F(SettingsUtilsTest, UserSettingsFolder) {
   };
   for (const Case& c : cases) {
     SCOPED_TRACE(c.label);
-    std::filesystem::remove(m_temp.Path("home/config/com.orvelle.daubery.plist"));
+    fs::remove(m_temp.Path("home/config/com.orvelle.daubery.plist"));
     if (!c.value.empty()) WritePreferences("com.orvelle.daubery", c.value);
     OVFileSystemReference folder;
     EXPECT_EQ(0, SettingsUtils::GetUserSettingsFolderForFilter(L"Daubery", L"F", folder));
@@ -118,79 +128,46 @@ TEST_F(SettingsUtilsTest, UserSettingsFolder) {
   EXPECT_EQ(-1, SettingsUtils::GetUserSettingsFolderForFilter(L"Mendora", L"F", folder));
 }
 
-TEST_F(SettingsUtilsTest, RefusedFilesAndNamesThatWouldLeaveTheirFolder) {
-  const std::string refused[] = {
-      "<setting filter=\"F\" name=\"N\"/>",       // no set: the empty name
-      "<Setting set=\"Daubery\" filter=\"F\"/>",  // the root's name is matched exactly
-      " [{\"set\": \"Mendora\"}]",                // the text form starts at the first byte
-      "<setting set=\"Daub\xFF\"/>",              // not UTF-8
-      "[ab",                                      // under four bytes
-      "<setting set=\"../../escape\" filter=\"F\"/>",
-      "<setting set=\"Daubery\" filter=\"..\"/>",
-      "[\"set\": \"Mendora\", \"filter\": \"a\0escape\"]"s,  // only the text form carries a NUL
-  };
-  for (const std::string& contents : refused) {
-    SCOPED_TRACE(contents);
-    EXPECT_EQ(-1, Examine(contents).status);
-  }
-  OVFileSystemReference unpacked, folder = Ref("home/data");
-  OVFileSystemReference package =
-      Input("p.f1s", "<oldstyle_setting name=\"../escape\"><![CDATA[x]]></oldstyle_setting>");
-  EXPECT_EQ(-1, SettingsUtils::UnpackageOldSettingsFile(package, folder, unpacked));
-
-  for (const auto& entry : std::filesystem::recursive_directory_iterator(m_temp.Path()))
-    EXPECT_EQ(std::string::npos, entry.path().string().find("escape", m_temp.Path().size()))
-        << entry.path();
-}
-
+// A package carries an old file up to its first zero byte, as character data in UTF-16; before
+// that byte, what character data cannot hold is refused. The application's examination sends the
+// package to its filter's folder, where it unpacks under the old file's name.
 TEST_F(SettingsUtilsTest, PackageRoundTrip) {
-  const std::string old = "BristleDrag\rradius=3\r\rcolour=\xE9\xFF \"q\" <&>\r";
-  OVFileSystemReference oldFile = Input("old setting", old), package;
-  std::filesystem::create_directory(m_temp.Path("out"));
-  ASSERT_EQ(0, SettingsUtils::PackageOldSettingsFile(oldFile, Ref("out"), package));
-  EXPECT_EQ(
-      Utf16(u"<?xml version=\"1.0\" encoding=\"UTF-16\"?>\n"
-            u"<oldstyle_setting filter=\"BristleDrag\" name=\"old setting\" set=\"Daubery\">\n"
-            u"  <![CDATA[BristleDrag\rradius=3\r\rcolour=\u00E9\u00FF \"q\" <&>\r]]>\n"
-            u"</oldstyle_setting>",
-            false),
-      m_temp.Contents("out/old setting.f1s"));
-
-  // The application examines the package and unpacks it under the setting's own name.
-  Examination result = Examine(m_temp.Contents("out/old setting.f1s"));
-  EXPECT_EQ(L"old setting", result.settingName);
-  ASSERT_EQ("home/data/Orvelle/Daubery/BristleDrag", result.folder);
-  OVFileSystemReference destination = Ref(result.folder), unpacked;
-  ASSERT_EQ(0, SettingsUtils::UnpackageOldSettingsFile(package, destination, unpacked));
-  EXPECT_EQ("home/data/Orvelle/Daubery/BristleDrag/old setting", Relative(unpacked));
-  EXPECT_EQ(old, m_temp.Contents(result.folder + "/old setting"));
-}
-
-// A package carries an old file up to its first zero byte; before that, what character data
-// cannot hold is refused.
-TEST_F(SettingsUtilsTest, PackagesUpToTheFirstZeroByte) {
+  const std::string characters = "BristleDrag\rradius=3\r\rcolour=\xE9\xFF \"q\" <&>\r";
   struct Case {
     std::string old;
     int status;
-    std::string unpacked;
+    std::string carried;
   };
   const Case cases[] = {
+      {characters, 0, characters},
       {"BristleDrag\rends with a zero\r\0"s, 0, "BristleDrag\rends with a zero\r"},
       {"BristleDrag\rzero\0\x01]]> after it"s, 0, "BristleDrag\rzero"},
       {"BristleDrag\rcontrol\x01", -1, ""},
       {"BristleDrag\rends]]>early\0", -1, ""},
   };
-  OVFileSystemReference folder = Ref("in");
+  const std::string folder = kAppSupport + "Daubery/BristleDrag"s;
+  fs::create_directory(m_temp.Path("out"));
   for (const Case& c : cases) {
     SCOPED_TRACE(c.old);
-    std::filesystem::remove(m_temp.Path("in/old.f1s"));
+    fs::remove(m_temp.Path("out/old setting.f1s"));
     OVFileSystemReference package, unpacked;
-    EXPECT_EQ(c.status,
-              SettingsUtils::PackageOldSettingsFile(Input("old", c.old), folder, package));
-    EXPECT_EQ(c.status == 0, std::filesystem::exists(m_temp.Path("in/old.f1s")));
+    EXPECT_EQ(c.status, SettingsUtils::PackageOldSettingsFile(Input("old setting", c.old),
+                                                              Ref("out"), package));
+    EXPECT_EQ(c.status == 0, fs::exists(m_temp.Path("out/old setting.f1s")));
     if (c.status != 0) continue;
-    ASSERT_EQ(0, SettingsUtils::UnpackageOldSettingsFile(package, folder, unpacked));
-    EXPECT_EQ(c.unpacked, m_temp.Contents("in/old"));
+    std::u16string carried;
+    for (unsigned char byte : c.carried) carried += byte;
+    EXPECT_EQ(Utf16(u"<?xml version=\"1.0\" encoding=\"UTF-16\"?>\n<oldstyle_setting "
+                    u"filter=\"BristleDrag\" name=\"old setting\" set=\"Daubery\">\n  <![CDATA[" +
+                        carried + u"]]>\n</oldstyle_setting>",
+                    false),
+              m_temp.Contents("out/old setting.f1s"));
+    ASSERT_EQ("old-style \"old setting\" of BristleDrag in Daubery/BristleDrag",
+              Examine(m_temp.Contents("out/old setting.f1s")));
+    OVFileSystemReference destination = Ref(folder);
+    ASSERT_EQ(0, SettingsUtils::UnpackageOldSettingsFile(package, destination, unpacked));
+    EXPECT_EQ(folder + "/old setting", Relative(unpacked));
+    EXPECT_EQ(c.carried, m_temp.Contents(folder + "/old setting"));
   }
 }
 
@@ -206,20 +183,11 @@ TEST_F(SettingsUtilsTest, WhatCannotBeASettingIsNotReadWhole) {
   };
   for (const auto& [label, head] : cases) {
     SCOPED_TRACE(label);
-    m_temp.Write("in/setting", head);
-    std::filesystem::resize_file(m_temp.Path("in/setting"), 64 << 20);
     FaultyDisk disk;
     ScopedDiskBackend counted(disk);
-    OVFileSystemReference destination;
-    TString settingName, setName, filterName;
-    bool isOldStyle, needsGlimmerboxFolder;
-    EXPECT_EQ(-1, SettingsUtils::LocateFolderForSetting(Ref("in/setting"), destination, settingName,
-                                                        setName, filterName, isOldStyle,
-                                                        needsGlimmerboxFolder));
+    EXPECT_EQ("refused", Examine(head, 64 << 20));
     EXPECT_GE(4096u, disk.m_nBytesRead);
   }
-  // White space before the root of an XML setting is still white space.
-  EXPECT_EQ(0, Examine(" \r\n<setting set=\"Daubery\" filter=\"F\"/>").status);
 }
 
 TEST_F(SettingsUtilsTest, UnpacksWhatAReaderAccepts) {
@@ -241,6 +209,8 @@ TEST_F(SettingsUtilsTest, UnpacksWhatAReaderAccepts) {
        "one"},
       {"no section", "<oldstyle_setting name=\"n\"/>", 0, ""},
       {"no name", "<oldstyle_setting><![CDATA[x]]></oldstyle_setting>", -1, "old"},
+      {"a name that leaves the folder",
+       "<oldstyle_setting name=\"../n\"><![CDATA[x]]></oldstyle_setting>", -1, "old"},
       {"not XML", "<oldstyle_setting name=\"n\"><![CDATA[x]]>", -1, "old"},
   };
   for (const Case& c : cases) {

@@ -3,7 +3,6 @@
 
 #include <cstdio>
 #include <filesystem>
-#include <fstream>
 #include <string>
 #include <vector>
 
@@ -11,7 +10,7 @@
 #include "ovlib/general_framework/OVFileSystemReferenceMac.h"
 #include "tests/ScopedVariable.h"
 #include "tests/TempFolder.h"
-#include "tests/ovlib/ScriptedAlerts.h"
+#include "tests/ovlib/SettingsHome.h"
 
 namespace {
 
@@ -19,11 +18,22 @@ namespace fs = std::filesystem;
 
 using Bytes = std::vector<unsigned char>;
 
-class OVAssertFailedTest : public ScriptedAlertsTest {};
+class OVAssertFailedTest : public SettingsHomeTest {};
 
-TEST_F(OVAssertFailedTest, ReportNamesTheCheckAndAsksForAReport) {
-  OV_AssertFailed("mac/Kestrail", 42, "DisplayAlert");
-  ASSERT_EQ(1u, m_alerts.m_vecAlerts.size());
+// The report names the failed check; its buttons go on, try a debugger or lead to a second alert.
+TEST_F(OVAssertFailedTest, ReportAndItsButtons) {
+  const std::pair<const char*, std::vector<DialogItemIndex>> scripts[] = {
+      {"Continue", {kAlertStdAlertOKButton}},
+      {"Debug, with no debugger attached", {kAlertStdAlertCancelButton}},
+      {"More Options, then Continue", {kAlertStdAlertOtherButton, kAlertStdAlertOKButton}},
+  };
+  for (const auto& [label, answers] : scripts) {
+    SCOPED_TRACE(label);
+    m_alerts.m_vecAlerts.clear();
+    m_alerts.m_queAnswers.assign(answers.begin(), answers.end());
+    OV_AssertFailed("mac/Kestrail", 42, "DisplayAlert");
+    EXPECT_EQ(answers.size(), m_alerts.m_vecAlerts.size());  // an alert for each answer, no more
+  }
   const AlertDescription& alert = m_alerts.m_vecAlerts[0];
   EXPECT_EQ(kAlertStopAlert, alert.m_nKind);
   EXPECT_EQ(
@@ -32,28 +42,8 @@ TEST_F(OVAssertFailedTest, ReportNamesTheCheckAndAsksForAReport) {
       alert.m_strMessage);
   EXPECT_EQ("Failure at line 42 in file mac/Kestrail (function 'DisplayAlert')",
             alert.m_strExplanation);
-  EXPECT_EQ((AlertButtons{{"Continue", 1}, {"Debug", 2}, {"More Options", 3}}), Buttons(0));
   EXPECT_EQ(kAlertStdAlertOKButton, alert.m_nDefaultItem);
-}
-
-TEST_F(OVAssertFailedTest, ButtonsLeadOnOrToTheSecondAlert) {
-  struct Case {
-    const char* label;
-    std::vector<DialogItemIndex> answers;
-    std::size_t alerts;
-  };
-  const Case cases[] = {
-      {"Continue", {kAlertStdAlertOKButton}, 1},
-      {"Debug, with no debugger attached", {kAlertStdAlertCancelButton}, 1},
-      {"More Options, then Continue", {kAlertStdAlertOtherButton, kAlertStdAlertOKButton}, 2},
-  };
-  for (const Case& c : cases) {
-    SCOPED_TRACE(c.label);
-    m_alerts.m_vecAlerts.clear();
-    m_alerts.m_queAnswers.assign(c.answers.begin(), c.answers.end());
-    OV_AssertFailed("f", 1, "g");
-    EXPECT_EQ(c.alerts, m_alerts.m_vecAlerts.size());
-  }
+  EXPECT_EQ((AlertButtons{{"Continue", 1}, {"Debug", 2}, {"More Options", 3}}), Buttons(0));
   EXPECT_EQ((AlertButtons{{"Continue", 1}, {"Ignore", 2}, {"Kill", 3}}), Buttons(1));
 }
 
@@ -70,43 +60,30 @@ TEST_F(OVAssertFailedTest, IgnoreSilencesLaterReportsAndKillEndsTheProcess) {
   EXPECT_EXIT(report(kAlertStdAlertOtherButton), testing::ExitedWithCode(1), "");
 }
 
-class WholeFileTest : public ScriptedAlertsTest {
- protected:
-  void SetUp() override {
-    ASSERT_FALSE(m_temp.Path().empty());
-    ASSERT_EQ(noErr, FSPathMakeRef(m_temp.PosixPath(), m_folder, nullptr));
-  }
-
-  TempFolder m_temp;
-  OVFileSystemReference m_folder;
-};
+class WholeFileTest : public SettingsHomeTest {};
 
 TEST_F(WholeFileTest, ReadThenWriteElsewhereIsByteIdentical) {
   std::string contents;
   for (int i = 0; i < 70000; ++i) contents += static_cast<char>(i % 253);
-  m_temp.Write("original", contents);
-  OVFileSystemReference original, copy;
-  ASSERT_EQ(0, m_folder.MakeSubobjectReference(L"original", original));
+  OVFileSystemReference copy;
   Bytes buffer;
-  ASSERT_EQ(0, ReadDiskFileIntoBuffer(original, buffer));
-  ASSERT_EQ(0, WriteBufferToDiskFile(m_folder, L"copy", buffer, false, copy));
-  EXPECT_EQ(contents, m_temp.Contents("copy"));
+  ASSERT_EQ(0, ReadDiskFileIntoBuffer(Input("original", contents), buffer));
+  ASSERT_EQ(0, WriteBufferToDiskFile(Ref("in"), L"copy", buffer, false, copy));
+  EXPECT_EQ(contents, m_temp.Contents("in/copy"));
   EXPECT_TRUE(copy.Exists());
   // Reading through a reference that names nothing is a bug of the caller's.
-  OVFileSystemReference nothing;
-  EXPECT_EQ(-1, ReadDiskFileIntoBuffer(nothing, buffer));
+  EXPECT_EQ(-1, ReadDiskFileIntoBuffer(OVFileSystemReference(), buffer));
   EXPECT_TRUE(Reported("ReadDiskFileIntoBuffer"));
 }
 
 TEST_F(WholeFileTest, FopenByNameCreatesAMissingFile) {
-  HFSUniStr255 name = {3, {'l', 'o', 'g'}};
-  FILE* created = FSRefParentAndFilename_fopen(m_folder, &name, "w");
+  HFSUniStr255 name = {3, {'l', 'o', 'g'}}, bad = {2, {'.', '.'}};
+  FILE* created = FSRefParentAndFilename_fopen(Ref("in"), &name, "w");
   ASSERT_NE(nullptr, created);
   std::fputs("line", created);
   EXPECT_EQ(0, std::fclose(created));
-  EXPECT_EQ("line", m_temp.Contents("log"));
-  HFSUniStr255 bad = {2, {'.', '.'}};
-  EXPECT_EQ(nullptr, FSRefParentAndFilename_fopen(m_folder, &bad, "w"));
+  EXPECT_EQ("line", m_temp.Contents("in/log"));
+  EXPECT_EQ(nullptr, FSRefParentAndFilename_fopen(Ref("in"), &bad, "w"));
 }
 
 TEST(PlatformStringTest, OneUnitPerCharacterBothWays) {
@@ -136,41 +113,30 @@ TEST(ControlTitleTest, NumbersAndTextShareTheTitle) {
   EXPECT_EQ(paramErr, GetControlTitleAsInt(nullptr, value));
 }
 
-class OpenURLTest : public testing::Test {
- protected:
-  // An opener that records its argument and exits with `status`, first on the search path.
-  void InstallOpener(int status) {
-    const std::string script = m_temp.Path("xdg-open");
-    std::ofstream(script) << "#!/bin/sh\nprintf '%s' \"$1\" > '" << m_temp.Path("opened")
-                          << "'\nexit " << status << "\n";
-    fs::permissions(script, fs::perms::owner_all);
-  }
-
-  TempFolder m_temp;
-  const std::string m_searchPath = m_temp.Path() + ":" + (getenv("PATH") ? getenv("PATH") : "");
-  ScopedVariable m_path{"PATH", m_searchPath.c_str()};
-};
-
-TEST_F(OpenURLTest, HandsTheURLToTheOpenerAndReportsItsFailure) {
-  InstallOpener(0);
+TEST(OpenURLTest, HandsTheURLToTheOpenerAndReportsItsFailure) {
+  TempFolder temp;
+  // An opener first on the search path, which records its argument and fails for ".../fail".
+  temp.Write("xdg-open", "#!/bin/sh\nprintf '%s' \"$1\" > '" + temp.Path("opened") +
+                             "'\n[ \"$1\" != https://example.com/fail ]\n");
+  fs::permissions(temp.Path("xdg-open"), fs::perms::owner_all);
+  ScopedVariable path("PATH", (temp.Path() + ":" + (getenv("PATH") ? getenv("PATH") : "")).c_str());
   EXPECT_EQ(-1, OpenURL(L"https://example.com/a b"));
-  EXPECT_FALSE(fs::exists(m_temp.Path("opened")));  // a bad URL is never handed over
+  EXPECT_FALSE(fs::exists(temp.Path("opened")));  // a bad URL is never handed over
   EXPECT_EQ(0, OpenURL(L"https://example.com/support?topic=settings"));
-  EXPECT_EQ("https://example.com/support?topic=settings", m_temp.Contents("opened"));
-  InstallOpener(3);
-  EXPECT_EQ(-1, OpenURL(L"https://example.com/"));
+  EXPECT_EQ("https://example.com/support?topic=settings", temp.Contents("opened"));
+  EXPECT_EQ(-1, OpenURL(L"https://example.com/fail"));
 }
 
-TEST(LoadFrameworkBundleTest, LoadsFromTheFrameworksFolder) {
-  TempFolder temp;
-  ASSERT_FALSE(temp.Path().empty());
-  ScopedVariable dataHome("XDG_DATA_HOME", temp.Path().c_str());
+class LoadFrameworkBundleTest : public SettingsHomeTest {};
+
+TEST_F(LoadFrameworkBundleTest, LoadsFromTheFrameworksFolder) {
+  const std::string folder = m_temp.Path("home/data/Frameworks");
   CFBundleRef bundle = reinterpret_cast<CFBundleRef>(1);
   EXPECT_EQ(coreFoundationUnknownErr, LoadFrameworkBundle(CFSTR("TestKit.framework"), &bundle));
   EXPECT_EQ(nullptr, bundle);
-  EXPECT_TRUE(fs::is_directory(temp.Path("Frameworks")));
-  fs::create_directory(temp.Path("Frameworks/TestKit.framework"));
-  fs::copy_file(TEST_FRAMEWORK_EXECUTABLE, temp.Path("Frameworks/TestKit.framework/TestKit"));
+  EXPECT_TRUE(fs::is_directory(folder));
+  fs::create_directory(folder + "/TestKit.framework");
+  fs::copy_file(TEST_FRAMEWORK_EXECUTABLE, folder + "/TestKit.framework/TestKit");
   ASSERT_EQ(noErr, LoadFrameworkBundle(CFSTR("TestKit.framework"), &bundle));
   EXPECT_NE(nullptr, bundle);
   CFRelease(bundle);

@@ -1,17 +1,26 @@
-// SettingsHome.h: a fixture whose user lives in a fresh temporary home (HOME, XDG_DATA_HOME and
-// XDG_CONFIG_HOME all inside it), with alerts answered by a script, and helpers to lay out files
-// and read back what the settings rules made.
+// SettingsHome.h: the fixture of the library's and the application's tests. Its user lives in a
+// fresh temporary home (HOME, XDG_DATA_HOME and XDG_CONFIG_HOME all inside it), and its alerts,
+// assertion reports included, are answered by a script and recorded, so no test waits on a
+// terminal. Helpers lay out files and read back what the settings rules made.
 #pragma once
+
+#include <gtest/gtest.h>
 
 #include <filesystem>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "ovlib/general_framework/OVFileSystemReferenceMac.h"
+#include "platform/DialogBackend.h"
 #include "tests/ScopedVariable.h"
+#include "tests/ScriptedDialogBackend.h"
 #include "tests/TempFolder.h"
-#include "tests/ovlib/ScriptedAlerts.h"
 
-class SettingsHomeTest : public ScriptedAlertsTest {
+// An alert's buttons as (label, item) pairs, in item order.
+using AlertButtons = std::vector<std::pair<std::string, int>>;
+
+class SettingsHomeTest : public testing::Test {
  protected:
   void SetUp() override {
     ASSERT_FALSE(m_temp.Path().empty());
@@ -39,6 +48,23 @@ class SettingsHomeTest : public ScriptedAlertsTest {
     return std::string(path).substr(m_temp.Path().size() + 1);
   }
 
+  // Whether an assertion report named `function`.
+  bool Reported(const std::string& function) const {
+    for (const AlertDescription& alert : m_alerts.m_vecAlerts)
+      if (alert.m_strExplanation.find("(function '" + function + "')") != std::string::npos)
+        return true;
+    return false;
+  }
+  // The buttons of the `index`th alert shown.
+  AlertButtons Buttons(std::size_t index) const {
+    AlertButtons buttons;
+    for (const AlertDescription::Button& button : m_alerts.m_vecAlerts.at(index).m_vecButtons)
+      buttons.emplace_back(button.m_strLabel, button.m_nItem);
+    return buttons;
+  }
+
+  ScriptedDialogBackend m_alerts;
+  ScopedDialogBackend m_installed{m_alerts};
   TempFolder m_temp;
   ScopedVariable m_home{"HOME", m_temp.Path("home").c_str()};
   ScopedVariable m_data{"XDG_DATA_HOME", m_temp.Path("home/data").c_str()};
