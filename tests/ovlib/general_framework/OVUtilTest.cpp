@@ -76,4 +76,12 @@ TEST(FilenameHasExtensionTest, ComparesTheTextAfterTheLastStop) {
   EXPECT_TRUE(FilenameHasExtension(L"a.", L""));           // a trailing stop: an empty one
 }
 
+// What a conversion cannot carry gives an empty text rather than a wrong one.
+TEST(ConvertToTextTest, RefusesWhatItCannotCarry) {
+  EXPECT_EQ(L"abc", ConvertToTString(std::string("abc")));
+  EXPECT_EQ(L"", ConvertToTString(std::string("caf\xC3\xA9")));  // ASCII only
+  EXPECT_EQ("caf\xC3\xA9", ConvertToCharString(L"caf\u00E9"));
+  EXPECT_EQ("", ConvertToCharString(TString{0xD800}));  // a lone surrogate has no UTF-8 form
+}
+
 }  // namespace
