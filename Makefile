@@ -11,8 +11,9 @@ PREFIX     ?= /usr/local
 # Debian packages, by what needs them.
 BUILD_PACKAGES := cmake make g++ pkg-config gettext libgtest-dev libboost-dev libgtk-3-dev \
                   shared-mime-info desktop-file-utils
-# Only the tests need these: the window test runs the dialogs on a virtual display and reads them.
-TEST_PACKAGES  := xvfb xdotool imagemagick tesseract-ocr tesseract-ocr-eng fonts-dejavu-core
+# Only the tests need these: the window test runs the dialogs on a virtual display and reads them;
+# the language test makes a German locale from the definitions in locales.
+TEST_PACKAGES  := xvfb xdotool imagemagick tesseract-ocr tesseract-ocr-eng fonts-dejavu-core locales
 BENCH_PACKAGES := libbenchmark-dev libpugixml-dev libxml2-dev libexpat1-dev
 FUZZ_PACKAGES  := clang libclang-rt-14-dev
 
