@@ -12,9 +12,10 @@ PREFIX     ?= /usr/local
 BUILD_PACKAGES := cmake make g++ pkg-config gettext libgtest-dev libboost-dev libgtk-3-dev \
                   shared-mime-info desktop-file-utils scdoc dpkg-dev
 # Only the tests need these: the window test runs the dialogs on a virtual display and reads them;
-# the package test checks the package with Debian's own checker and renders its manual pages.
+# the language test makes a German locale from the definitions in locales; the package test
+# checks the package with Debian's own checker and renders its manual pages.
 TEST_PACKAGES  := xvfb xdotool imagemagick tesseract-ocr tesseract-ocr-eng fonts-dejavu-core \
-                  lintian man-db
+                  locales lintian man-db
 BENCH_PACKAGES := libbenchmark-dev libpugixml-dev libxml2-dev libexpat1-dev
 FUZZ_PACKAGES  := clang libclang-rt-14-dev
 

@@ -4,13 +4,38 @@
 #include <ostream>
 
 #include "mac/Version.h"
+#include "ovlib/base_ui_framework/mac/MacUtil.h"
+#include "platform/CFHolder.h"
+#include "platform/CoreFoundation.h"
 #include "platform/Terminal.h"
+
+namespace {
+
+// The main bundle's text for `key`, in the user's language.
+std::string Localized(const char* key) {
+  auto keyString = CFHold(CreateCFStringRefFromString(key));
+  if (keyString == nullptr) return key;
+  auto text = CFHold(CFBundleCopyLocalizedString(CFBundleGetMainBundle(), keyString.get(),
+                                                 keyString.get(), nullptr));
+  return text != nullptr ? CreateStringFromCFStringRef(text.get()) : key;
+}
+
+// The same with `filler` in place of the text's %0.
+std::string Localized(const char* key, const std::string& filler) {
+  std::string text = Localized(key);
+  const std::size_t marker = text.find("%0");
+  if (marker != std::string::npos) text.replace(marker, 2, filler);
+  return text;
+}
+
+}  // namespace
 
 int ReadCommandLine(const ProgramDescription& program, const std::vector<std::string>& arguments,
                     std::ostream& out, std::ostream& err,
                     std::map<std::string, std::string>& values, std::vector<std::string>& files) {
+  const std::string usage = Localized(program.usage);
   const auto usageError = [&](const std::string& why) {
-    err << program.name << ": " << why << '\n' << program.usage << '\n';
+    err << program.name << ": " << why << '\n' << usage << '\n';
     return 2;
   };
   bool options = true;
@@ -23,7 +48,7 @@ int ReadCommandLine(const ProgramDescription& program, const std::vector<std::st
     } else if (argument == "--") {
       options = false;
     } else if (argument == "--help") {
-      out << program.usage << "\n\n" << program.help;
+      out << usage << "\n\n" << Localized(program.help);
       return 0;
     } else if (argument == "--version") {
       out << program.name << ' ' << kVersion << '\n';
@@ -31,13 +56,15 @@ int ReadCommandLine(const ProgramDescription& program, const std::vector<std::st
     } else if (isValued && i + 1 < arguments.size()) {
       values[argument] = arguments[++i];
     } else if (isValued) {
-      return usageError("option " + argument + " needs a value");
+      // Translators: a command-line error; %0 is the option, such as --into.
+      return usageError(Localized(LOCALIZABLE_TEXT("option %0 needs a value"), argument));
     } else {
-      return usageError("unknown option " + TerminalText(argument));
+      // Translators: a command-line error; %0 is the option as it was typed.
+      return usageError(Localized(LOCALIZABLE_TEXT("unknown option %0"), TerminalText(argument)));
     }
   }
   if (files.empty()) {
-    err << program.usage << '\n';
+    err << usage << '\n';
     return 2;
   }
   return -1;

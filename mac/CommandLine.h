@@ -7,6 +7,8 @@
 #include <string>
 #include <vector>
 
+// The usage and the help are keys of the main bundle's texts (marked LOCALIZABLE_TEXT), shown in
+// the user's language; their English texts are the keys themselves.
 struct ProgramDescription {
   const char* name;                        // as in "kestrail: ..." and "kestrail 0.1.0"
   const char* usage;                       // the usage line

@@ -54,8 +54,11 @@ StepEnd FindDestination(const SettingFileRoutingInfo& info, OVFileSystemReferenc
   destination = info.destinationFolder;
   if (info.needsGlimmerboxFolder) {
     OVFileSystemReference glimmerboxFolder;
-    if (AskUserForGlimmerboxFolder(glimmerboxFolder) != 0)
-      return CFSTR("Error Locating Glimmerbox");
+    if (AskUserForGlimmerboxFolder(glimmerboxFolder) != 0) {
+      // Translators: the alert when no folder holding "Glimmerbox Settings" (a folder's name,
+      // which stays as it is) was chosen in the Glimmerbox folder dialog.
+      return CFSTR_LOCALIZABLE("Error Locating Glimmerbox");
+    }
     // The chosen folder holds an entry "Glimmerbox Settings"; a setting goes in only when that
     // and the filter's folder inside it are folders. Anything else installs nothing.
     OVFileSystemReference settingsFolder;
@@ -63,12 +66,13 @@ StepEnd FindDestination(const SettingFileRoutingInfo& info, OVFileSystemReferenc
                                                 settingsFolder) != 0 ||
         !settingsFolder.IsFolder() ||
         settingsFolder.MakeSubobjectReference(info.filterName, destination) != 0) {
-      return CFSTR("Failure");
+      // Translators: the alert when the setting could not be installed, for whatever reason.
+      return CFSTR_LOCALIZABLE("Failure");
     }
   }
   // A file where the filter's folder should be cannot receive the setting. That is the user's
   // disk, not a fault of the program, so it gets the ordinary failure and no bug report.
-  if (!destination.IsFolder()) return CFSTR("Failure");
+  if (!destination.IsFolder()) return CFSTR_LOCALIZABLE("Failure");
   return std::nullopt;
 }
 
@@ -76,9 +80,10 @@ StepEnd FindDestination(const SettingFileRoutingInfo& info, OVFileSystemReferenc
 StepEnd RefuseTheSourceFolder(const SettingFileRoutingInfo& info,
                               const OVFileSystemReference& destination) {
   OVFileSystemReference sourceFolder;
-  if (info.sourceFile.MakeParentReference(sourceFolder) != 0) return CFSTR("Failure");
+  if (info.sourceFile.MakeParentReference(sourceFolder) != 0) return CFSTR_LOCALIZABLE("Failure");
   if (FSCompareFSRefs(sourceFolder, destination) == noErr) {
-    return CFSTR("Error Source and Destination Same");
+    // Translators: the alert when the file opened is the installed setting itself.
+    return CFSTR_LOCALIZABLE("Error Source and Destination Same");
   }
   return std::nullopt;
 }
@@ -86,7 +91,7 @@ StepEnd RefuseTheSourceFolder(const SettingFileRoutingInfo& info,
 // The name the setting is installed under: the package's setting name, or the file's own.
 StepEnd NameTheSetting(const SettingFileRoutingInfo& info, TString& name) {
   name = info.settingName;
-  if (!info.isOldStyle && info.sourceFile.GetName(name) != 0) return CFSTR("Failure");
+  if (!info.isOldStyle && info.sourceFile.GetName(name) != 0) return CFSTR_LOCALIZABLE("Failure");
   return std::nullopt;
 }
 
@@ -98,14 +103,14 @@ StepEnd WriteAskingBeforeReplace(SettingFileRoutingInfo& info, OVFileSystemRefer
                                  const TString& name, const OVFileVersion& examined,
                                  OVFileSystemReference& installed) {
   bool exists = false;
-  if (destination.SubobjectExists(name, exists) != 0) return CFSTR("Failure");
+  if (destination.SubobjectExists(name, exists) != 0) return CFSTR_LOCALIZABLE("Failure");
   if (exists && ConfirmFileReplace(name) == 1) return kKeptTheFile;
   int status = WriteSetting(info, destination, exists, examined, installed);
   if (status != 0 && !exists && destination.SubobjectExists(name, exists) == 0 && exists) {
     if (ConfirmFileReplace(name) == 1) return kKeptTheFile;
     status = WriteSetting(info, destination, true, examined, installed);
   }
-  if (status != 0) return CFSTR("Failure");
+  if (status != 0) return CFSTR_LOCALIZABLE("Failure");
   return std::nullopt;
 }
 
@@ -165,13 +170,14 @@ void ImportOneSetting(FSRef file) {
         SettingsUtils::LocateFolderForSetting(info.sourceFile, info.destinationFolder,
                                               info.settingName, info.setName, info.filterName,
                                               info.isOldStyle, info.needsGlimmerboxFolder) != 0) {
-      ShowAlert(CFSTR("Error Examining Setting"));
+      // Translators: the alert when the file opened is no settings file.
+      ShowAlert(CFSTR_LOCALIZABLE("Error Examining Setting"));
       return;
     }
     InstallSetting(info, examined);
   } catch (const std::bad_alloc&) {
     // A file too large to hold in memory is a setting that could not be installed, not a crash.
-    ShowAlert(CFSTR("Failure"));
+    ShowAlert(CFSTR_LOCALIZABLE("Failure"));
   }
 }
 
@@ -189,11 +195,16 @@ void DisplayAlert(CFStringRef message) {
 
 int ConfirmFileReplace(const TString& fileName) {
   // The texts may be missing (each is reported); the holders release only those that exist.
-  auto yes = CFHold(CopyLocalizedString(CFSTR("Yes")));
+  // Translators: the replace question's button that replaces the installed setting ("Replace").
+  auto yes = CFHold(CopyLocalizedString(CFSTR_LOCALIZABLE("Yes")));
   if (yes == nullptr) OV_AssertFailed(kSourceFile, __LINE__, "ConfirmFileReplace");
-  auto no = CFHold(CopyLocalizedString(CFSTR("No")));
+  // Translators: the replace question's button that keeps the installed setting ("Keep
+  // Existing"); Return presses it. On the terminal a button's first letter answers for it, so
+  // the two buttons' titles begin with different letters.
+  auto no = CFHold(CopyLocalizedString(CFSTR_LOCALIZABLE("No")));
   if (no == nullptr) OV_AssertFailed(kSourceFile, __LINE__, "ConfirmFileReplace");
-  auto question = CFHold(CopyLocalizedString(CFSTR("Confirm Replace Message")));
+  // Translators: the replace question; %0 is the name of the setting's file.
+  auto question = CFHold(CopyLocalizedString(CFSTR_LOCALIZABLE("Confirm Replace Message")));
   if (question == nullptr) OV_AssertFailed(kSourceFile, __LINE__, "ConfirmFileReplace");
 
   const TString questionTemplate = TextOf(question.get());
@@ -231,16 +242,21 @@ CFStringRef GetSuccessMessage(FSRef* installedFile) {
   auto path = CFHold(CFURLCopyFileSystemPath(url.get(), kCFURLPOSIXPathStyle));
   if (path == nullptr) return nullptr;
   const TString pathText = CreateTStringFromCFStringRef(path.get());
-  auto success = CFHold(CopyLocalizedString(CFSTR("Success")));
+  // Translators: the alert after the install; %0 is the full path of the installed file.
+  auto success = CFHold(CopyLocalizedString(CFSTR_LOCALIZABLE("Success")));
   if (success == nullptr) return nullptr;
   const TString successTemplate = CreateTStringFromCFStringRef(success.get());
   return CreateCFStringRefFromTString(TStringParamReplace(&successTemplate, pathText.c_str()));
 }
 
 int AskUserForGlimmerboxFolder(OVFileSystemReference& folder) {
+  // Translators: the message of the folder dialog that a Glimmerbox setting waits for; the
+  // folder to choose holds "Glimmerbox Settings".
+  const CFStringRef question = CFSTR_LOCALIZABLE("Please choose your Glimmerbox folder.");
+  auto message = CFHold(CopyLocalizedString(question));
   NavDialogCreationOptions options;
   NavGetDefaultDialogCreationOptions(&options);
-  options.message = CFSTR("Please choose your Glimmerbox folder.");
+  options.message = message.get();
   options.preferenceKey = 1;
   // The import goes on with the answer as soon as the dialog returns, so the dialog is modal for
   // the whole application; there is no window for it to be modal to.

@@ -10,6 +10,7 @@
 #include "ovlib/base_ui_framework/mac/MacUtil.h"
 #include "ovlib/general_framework/OVFileSystemReferenceMac.h"
 #include "ovlib/ps_filter_framework/SettingsUtils.h"
+#include "platform/CoreFoundation.h"
 #include "platform/Files.h"
 #include "platform/Terminal.h"
 
@@ -17,16 +18,20 @@ namespace {
 
 const ProgramDescription kKestrailPack = {
     "kestrail-pack",
-    "usage: kestrail-pack [--into FOLDER] OLD-SETTINGS-FILE...",
-    "Packages each old settings file as FILE.f1s, an old-style package that Kestrail installs\n"
-    "into the settings folder of the file's filter. The filter is the first word of the file;\n"
-    "the package carries the file up to its first zero byte.\n"
-    "\n"
-    "  --into FOLDER  write the packages into FOLDER (default: each file's own folder)\n"
-    "  --help         show this help\n"
-    "  --version      show the version\n"
-    "\n"
-    "An existing package is never replaced.\n",
+    // Translators: the form of the command line; "kestrail-pack" is the program's name.
+    LOCALIZABLE_TEXT("usage: kestrail-pack [--into FOLDER] OLD-SETTINGS-FILE..."),
+    LOCALIZABLE_TEXT(
+        // Translators: what --help shows after the usage. The options stay as they are; the
+        // lines are broken by hand, at most 79 characters long.
+        "Packages each old settings file as FILE.f1s, an old-style package that Kestrail\n"
+        "installs into the settings folder of the file's filter. The filter is the first\n"
+        "word of the file; the package carries the file up to its first zero byte.\n"
+        "\n"
+        "  --into FOLDER  write the packages into FOLDER (default: each file's folder)\n"
+        "  --help         show this help\n"
+        "  --version      show the version\n"
+        "\n"
+        "An existing package is never replaced.\n"),
     {"--into"},
 };
 

@@ -4,20 +4,26 @@
 
 #include "mac/CommandLine.h"
 #include "mac/Kestrail.h"
+#include "platform/CoreFoundation.h"
 #include "platform/EventLoop.h"
 
 namespace {
 
 const ProgramDescription kKestrail = {
     "kestrail",
-    "usage: kestrail SETTINGS-FILE...",
-    "Installs a saved setting of an Orvelle filter where the filter finds it: in the filter's\n"
-    "settings folder, which it makes the first time. It asks before it replaces a setting of the\n"
-    "same name and tells you where the setting went. Settings of the older Glimmerbox product go\n"
-    "into the Glimmerbox folder that you choose. Only the first file is installed.\n"
-    "\n"
-    "  --help     show this help\n"
-    "  --version  show the version\n",
+    // Translators: the form of the command line; "kestrail" is the program's name.
+    LOCALIZABLE_TEXT("usage: kestrail SETTINGS-FILE..."),
+    LOCALIZABLE_TEXT(
+        // Translators: what --help shows after the usage. The options stay as they are; the
+        // lines are broken by hand, at most 79 characters long.
+        "Installs a saved setting of an Orvelle filter where the filter finds it: in\n"
+        "the filter's settings folder, which it makes the first time. It asks before\n"
+        "it replaces a setting of the same name and tells you where the setting went.\n"
+        "Settings of the older Glimmerbox product go into the Glimmerbox folder that\n"
+        "you choose. Only the first file is installed.\n"
+        "\n"
+        "  --help     show this help\n"
+        "  --version  show the version\n"),
     {},
 };
 

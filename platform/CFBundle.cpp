@@ -87,23 +87,35 @@ bool FindInCatalog(const std::string& path, const std::string& key, std::string&
 }
 
 // The main bundle's text for `key`, in UTF-8.
-bool LocalizedText(const CFBundleObject& bundle, const std::string& key, std::string& text) {
-  const std::string folder = CatalogFolder(bundle);
-  if (folder.empty() || key.empty()) return false;  // "" would find the catalog's header
-  // The user's language may change between look-ups (in tests it does); only the language of
-  // messages follows it, so numbers keep the C rules that the rest of the code expects.
-  setlocale(LC_MESSAGES, "");
-  bindtextdomain(kTextDomain, folder.c_str());
-  bind_textdomain_codeset(kTextDomain, "UTF-8");
+bool FindText(const std::string& key, std::string& text) {
+  if (key.empty() || !BindMainBundleTexts()) return false;  // "" would find the catalog's header
   const char* translated = dgettext(kTextDomain, key.c_str());
   if (translated != key.c_str()) {
     text = translated;
     return true;
   }
-  return FindInCatalog(folder + "/en/LC_MESSAGES/" + kTextDomain + ".mo", key, text);
+  const std::string english = CatalogFolder(*CFBundleGetMainBundle()) + "/en/LC_MESSAGES/";
+  return FindInCatalog(english + kTextDomain + ".mo", key, text);
 }
 
 }  // namespace
+
+bool BindMainBundleTexts() {
+  const std::string folder = CatalogFolder(*CFBundleGetMainBundle());
+  if (folder.empty()) return false;
+  // The user's language may change between look-ups (in tests it does); only the language of
+  // messages follows it, so numbers keep the C rules that the rest of the code expects.
+  setlocale(LC_MESSAGES, "");
+  bindtextdomain(kTextDomain, folder.c_str());
+  bind_textdomain_codeset(kTextDomain, "UTF-8");
+  textdomain(kTextDomain);
+  return true;
+}
+
+std::string LocalizedText(const char* key) {
+  std::string text;
+  return FindText(key, text) ? text : key;
+}
 
 CFBundleObject::~CFBundleObject() {
   if (m_pExecutable != nullptr) dlclose(m_pExecutable);
@@ -141,8 +153,7 @@ CFStringRef CFBundleCopyLocalizedString(CFBundleRef bundle, CFStringRef key, CFS
   std::string keyText, text;
   std::vector<UniChar> units;
   if (bundle == CFBundleGetMainBundle() &&
-      EncodeUtf8(key->m_units.data(), key->m_units.size(), keyText) &&
-      LocalizedText(*bundle, keyText, text) &&
+      EncodeUtf8(key->m_units.data(), key->m_units.size(), keyText) && FindText(keyText, text) &&
       DecodeUtf8(reinterpret_cast<const UInt8*>(text.data()), text.size(), units))
     return MakeCFString(std::move(units));
   const CFStringRef fallback = value != nullptr && !value->m_units.empty() ? value : key;

@@ -47,6 +47,13 @@ void CFRelease(CFTypeRef object);
 #define CFSTR(text) CFStringMakeConstantString("" text "")
 CFStringRef CFStringMakeConstantString(const char* text);
 
+// The stand-in's own marks of the keys of the main bundle's texts, which xgettext collects into
+// the translators' template (resources/locale/kestrail.pot): CFSTR_LOCALIZABLE is CFSTR for a key,
+// LOCALIZABLE_TEXT the literal itself for a key kept as a C string until it is looked up. Other
+// literals are never translated, whatever they say: folder names and preference keys among them.
+#define CFSTR_LOCALIZABLE(key) CFSTR(key)
+#define LOCALIZABLE_TEXT(key) key
+
 CFStringRef CFStringCreateWithCharacters(CFAllocatorRef allocator, const UniChar* characters,
                                          CFIndex count);
 

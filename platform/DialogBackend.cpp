@@ -39,6 +39,8 @@ DialogBackend* LoadGtkDialogBackend(std::string& reason) {
     reason = dlerror();
     return nullptr;
   }
+  // The module looks its own words up with gettext(), in the application's text domain.
+  BindMainBundleTexts();
   return make(reason);
 }
 

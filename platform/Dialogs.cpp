@@ -15,12 +15,13 @@ struct OpaqueDialogPtr {
 namespace {
 
 // Adds the button of one text slot: null is no button, except for the default slot, and the
-// standard-label marker (the same value for all three slots) is the slot's standard label.
+// standard-label marker (the same value for all three slots) is the slot's standard label, in the
+// user's language.
 void AddButton(CFStringRef text, const char* standardLabel, DialogItemIndex item,
                AlertDescription& alert) {
   if (text == nullptr && item != kAlertStdAlertOKButton) return;
   const bool standard = text == nullptr || text == kAlertDefaultOKText;
-  alert.m_vecButtons.push_back({standard ? standardLabel : DisplayText(text), item});
+  alert.m_vecButtons.push_back({standard ? LocalizedText(standardLabel) : DisplayText(text), item});
 }
 
 bool HasButton(const AlertDescription& alert, DialogItemIndex item) {
@@ -58,9 +59,11 @@ OSStatus CreateStandardAlert(AlertType alertType, CFStringRef error, CFStringRef
   alert.m_nKind = alertType;
   alert.m_strMessage = DisplayText(error);
   if (explanation != nullptr) alert.m_strExplanation = DisplayText(explanation);
-  AddButton(param->defaultText, "OK", kAlertStdAlertOKButton, alert);
-  AddButton(param->cancelText, "Cancel", kAlertStdAlertCancelButton, alert);
-  AddButton(param->otherText, "Don't Save", kAlertStdAlertOtherButton, alert);
+  // Translators: the standard titles of an alert's buttons.
+  AddButton(param->defaultText, LOCALIZABLE_TEXT("OK"), kAlertStdAlertOKButton, alert);
+  AddButton(param->cancelText, LOCALIZABLE_TEXT("Cancel"), kAlertStdAlertCancelButton, alert);
+  // Translators: the standard title of the button that closes a document without saving it.
+  AddButton(param->otherText, LOCALIZABLE_TEXT("Don't Save"), kAlertStdAlertOtherButton, alert);
   alert.m_nDefaultItem = param->defaultButton;
   alert.m_nCancelItem = param->cancelButton;
   if (!HasButton(alert, alert.m_nDefaultItem) ||

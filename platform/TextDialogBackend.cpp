@@ -7,12 +7,15 @@
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
+#include <initializer_list>
 #include <istream>
 #include <limits>
 #include <ostream>
+#include <string>
 
 #include "platform/DialogBackend.h"
 #include "platform/Terminal.h"
+#include "platform/internal/CFObject.h"
 
 namespace {
 
@@ -21,6 +24,24 @@ const std::size_t kLongestAnswer = 4096;
 // Whatever feeds the terminal (`yes`, a file, a stuck key) gets this many tries in a row; then the
 // question takes its safe answer and stops asking.
 const int kTries = 10;
+
+// The text for `key` in the user's language with its markers %0, %1, ... replaced by `fillers`,
+// all in one pass: a translation may put them in any order, and a filler is never searched for
+// markers in turn.
+std::string Localized(const char* key, std::initializer_list<std::string> fillers = {}) {
+  const std::string text = LocalizedText(key);
+  std::string result;
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    const char next = i + 1 < text.size() ? text[i + 1] : '\0';
+    if (text[i] == '%' && next >= '0' && static_cast<std::size_t>(next - '0') < fillers.size()) {
+      result += fillers.begin()[next - '0'];
+      ++i;
+    } else {
+      result += text[i];
+    }
+  }
+  return result;
+}
 
 // Reads one line of answer; false at the end of input. A line longer than kLongestAnswer is read
 // to its end and comes back empty with `tooLong`.
@@ -79,13 +100,22 @@ DialogItemIndex ItemForAnswer(const std::string& answer, const AlertDescription&
   return byLetter;
 }
 
-// "A, B or C".
+// "A, B or C", in the user's language.
 std::string ListOfLabels(const AlertDescription& alert) {
   std::string list;
   const std::size_t count = alert.m_vecButtons.size();
   for (std::size_t i = 0; i < count; ++i) {
-    if (i > 0) list += i + 1 == count ? " or " : ", ";
-    list += TerminalText(alert.m_vecButtons[i].m_strLabel);
+    const std::string label = TerminalText(alert.m_vecButtons[i].m_strLabel);
+    if (i == 0) {
+      list = label;
+    } else if (i + 1 < count) {
+      // Translators: a list of button titles on the terminal, one more (%1) added to those
+      // before it (%0), when another one follows.
+      list = Localized(LOCALIZABLE_TEXT("%0, %1"), {list, label});
+    } else {
+      // Translators: the last button title (%1) added to the list of those before it (%0).
+      list = Localized(LOCALIZABLE_TEXT("%0 or %1"), {list, label});
+    }
   }
   return list;
 }
@@ -110,7 +140,8 @@ std::string ExpandHome(const std::string& path) {
   return HomeFolder() + path.substr(1);
 }
 
-const char kFolderPrompt[] = "Folder (an empty line cancels): ";
+// Translators: the prompt of the folder question on the terminal, after its message.
+const char kFolderPrompt[] = LOCALIZABLE_TEXT("Folder (an empty line cancels): ");
 
 }  // namespace
 
@@ -123,7 +154,9 @@ DialogItemIndex TextDialogBackend::RunAlert(const AlertDescription& alert) {
   if (!alert.m_strExplanation.empty()) out << TerminalText(alert.m_strExplanation) << '\n';
   const std::string labels = ListOfLabels(alert);
   const std::string defaultLabel = DefaultLabel(alert);
-  out << "Answer " << labels << " [" << defaultLabel << "]: " << std::flush;
+  // Translators: the prompt after an alert's texts on the terminal. %0 lists the buttons' titles;
+  // %1 is the title of the button that an empty answer picks.
+  out << Localized(LOCALIZABLE_TEXT("Answer %0 [%1]: "), {labels, defaultLabel}) << std::flush;
   for (int tries = 1;; ++tries) {
     std::string line;
     bool tooLong;
@@ -135,18 +168,25 @@ DialogItemIndex TextDialogBackend::RunAlert(const AlertDescription& alert) {
     const DialogItemIndex item = tooLong ? 0 : ItemForAnswer(Trimmed(line), alert);
     if (item != 0) return item;
     if (tries == kTries) {
-      out << "No answer after " << kTries << " tries; taking " << defaultLabel << ".\n";
+      // Translators: %0 is the number of tries, always 10; %1 is the title of the button taken.
+      out << Localized(LOCALIZABLE_TEXT("No answer after %0 tries; taking %1."),
+                       {std::to_string(kTries), defaultLabel})
+          << '\n';
       return alert.m_nDefaultItem;
     }
-    out << "Please answer " << labels << " (a label or its first letter); an empty line means "
-        << defaultLabel << ": " << std::flush;
+    // Translators: asked after a wrong answer. %0 lists the buttons' titles; %1 is the title of
+    // the button that an empty answer picks.
+    out << Localized(LOCALIZABLE_TEXT("Please answer %0 (a label or its first letter); "
+                                      "an empty line means %1: "),
+                     {labels, defaultLabel})
+        << std::flush;
   }
 }
 
 std::optional<std::string> TextDialogBackend::ChooseFolder(const std::string& message) {
   m_out << '\n';
   if (!message.empty()) m_out << TerminalText(message) << '\n';
-  m_out << kFolderPrompt << std::flush;
+  m_out << Localized(kFolderPrompt) << std::flush;
   for (int tries = 1;; ++tries) {
     std::string line;
     bool tooLong;
@@ -160,15 +200,19 @@ std::optional<std::string> TextDialogBackend::ChooseFolder(const std::string& me
     struct stat status;
     const bool exists = !tooLong && stat(path.c_str(), &status) == 0;
     if (exists && S_ISDIR(status.st_mode)) return path;
-    m_out << (tooLong ? "(a line too long to be a path)" : TerminalText(path)) << ": "
-          << std::strerror(tooLong  ? ENAMETOOLONG
-                           : exists ? ENOTDIR
-                                    : errno)
-          << '\n';
+    // Taken at once: looking up a text may change errno.
+    const int reason = tooLong ? ENAMETOOLONG : exists ? ENOTDIR : errno;
+    // Translators: shown in place of a path that was too long, before the reason.
+    m_out << (tooLong ? Localized(LOCALIZABLE_TEXT("(a line too long to be a path)"))
+                      : TerminalText(path))
+          << ": " << std::strerror(reason) << '\n';
     if (tries == kTries) {
-      m_out << "No folder after " << kTries << " tries; cancelled.\n";
+      // Translators: %0 is the number of tries, always 10.
+      m_out << Localized(LOCALIZABLE_TEXT("No folder after %0 tries; cancelled."),
+                         {std::to_string(kTries)})
+            << '\n';
       return std::nullopt;
     }
-    m_out << kFolderPrompt << std::flush;
+    m_out << Localized(kFolderPrompt) << std::flush;
   }
 }

@@ -3,6 +3,7 @@
 #include "platform/gtk/GtkDialogBackend.h"
 
 #include <gtk/gtk.h>
+#include <libintl.h>
 
 #include <algorithm>
 #include <clocale>
@@ -97,9 +98,12 @@ DialogItemIndex GtkDialogBackend::RunAlert(const AlertDescription& alert) {
 }
 
 std::optional<std::string> GtkDialogBackend::ChooseFolder(const std::string& message) {
+  // Translators: the button of the folder dialog that chooses the folder; the underscore marks
+  // the letter that, with Alt, presses it.
+  const char* choose = gettext("_Choose");
   GtkFileChooserNative* chooser =
       gtk_file_chooser_native_new(message.empty() ? nullptr : message.c_str(), nullptr,
-                                  GTK_FILE_CHOOSER_ACTION_SELECT_FOLDER, "_Choose", nullptr);
+                                  GTK_FILE_CHOOSER_ACTION_SELECT_FOLDER, choose, nullptr);
   gtk_native_dialog_set_modal(GTK_NATIVE_DIALOG(chooser), TRUE);
   std::optional<std::string> folder;
   if (gtk_native_dialog_run(GTK_NATIVE_DIALOG(chooser)) == GTK_RESPONSE_ACCEPT) {

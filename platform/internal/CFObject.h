@@ -38,6 +38,16 @@ CFStringRef MakeCFString(std::vector<UniChar> units);
 // A string in UTF-8 for showing to the user: a lone surrogate shows as U+FFFD.
 std::string DisplayText(CFStringRef string);
 
+// The main bundle's text for `key` in UTF-8, found as CFBundleCopyLocalizedString finds it, else
+// `key` itself: the words of platform/'s own that reach the user (standard button titles, the
+// terminal's prompts), which the real system brings in the user's language.
+std::string LocalizedText(const char* key);
+
+// Makes the main bundle's text domain gettext's default, bound to its catalogs in UTF-8, and takes
+// the language of messages from the environment, so that the GTK dialogs can look their own words
+// up with gettext(). False when there is no telling where the catalogs are.
+bool BindMainBundleTexts();
+
 // The file URL of an absolute path, escaped as CFURLCreateFromFSRef escapes it; and the path of a
 // file URL's text, false for text that is no file URL or holds a broken escape.
 std::string FileURLText(const std::string& path);
