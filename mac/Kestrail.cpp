@@ -250,6 +250,8 @@ CFStringRef GetSuccessMessage(FSRef* installedFile) {
 }
 
 int AskUserForGlimmerboxFolder(OVFileSystemReference& folder) {
+  // The message is looked up like the alerts' texts, so that the dialog asks in the user's
+  // language too; its English text is its key.
   // Translators: the message of the folder dialog that a Glimmerbox setting waits for; the
   // folder to choose holds "Glimmerbox Settings".
   const CFStringRef question = CFSTR_LOCALIZABLE("Please choose your Glimmerbox folder.");
