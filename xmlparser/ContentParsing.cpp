@@ -178,11 +178,8 @@ Attribute* Attribute::Parse(Parser& parser, Element& element) {
 }
 
 bool Attribute::ParseAttValue(Parser& parser) {
-  const wchar_t quote = parser.NextChar();
-  if (!Private::IsQuote(quote)) {
-    parser.PreviousChar();
-    return false;
-  }
+  const wchar_t quote = Private::ParseOpeningQuote(parser);
+  if (quote == 0) return false;
   Bookmark text(parser);
   for (;;) {
     SkipPlainCharacters<L'"', L'\'', L'&', L'<'>(parser);

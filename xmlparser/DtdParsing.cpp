@@ -271,11 +271,8 @@ bool Dtd::ParseNDataDecl(Parser& parser) {
 }
 
 bool Dtd::ParseEntityValue(Parser& parser) {
-  const wchar_t quote = parser.NextChar();
-  if (!Private::IsQuote(quote)) {
-    parser.PreviousChar();
-    return false;
-  }
+  const wchar_t quote = Private::ParseOpeningQuote(parser);
+  if (quote == 0) return false;
   for (wchar_t c = parser.NextChar(); c != quote; c = parser.NextChar()) {
     if (c == L'%') {
       parser.PreviousChar();

@@ -261,6 +261,13 @@ bool ParseRun(Parser& parser, bool (*isFirst)(wchar_t), bool (*isRest)(wchar_t),
 
 bool SkipName(Parser& parser) { return SkipRun(parser, IsNameStartChar, IsNameChar); }
 
+wchar_t ParseOpeningQuote(Parser& parser) {
+  const wchar_t quote = parser.NextChar();
+  if (IsQuote(quote)) return quote;
+  parser.PreviousChar();
+  return 0;
+}
+
 bool ScanName(Parser& parser, std::wstring_view& name) {
   const wchar_t* start = parser.m_pCurrent;
   if (!SkipName(parser)) return false;

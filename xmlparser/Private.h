@@ -64,6 +64,8 @@ bool SkipName(Parser& parser);
 // A name read in bulk, as a view into the parser's text; false, with nothing consumed, when no
 // name starts here.
 bool ScanName(Parser& parser, std::wstring_view& name);
+// The quote that opens a literal, read; 0, with nothing read, when no quote is next.
+wchar_t ParseOpeningQuote(Parser& parser);
 
 // A comment or processing instruction for `parent` where the parser stands: markup that may
 // stand at the document level and inside elements alike; null when neither starts here.
