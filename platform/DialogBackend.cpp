@@ -15,8 +15,6 @@
 
 namespace {
 
-DialogBackend* s_pInstalled = nullptr;
-
 bool IsSet(const char* name) {
   const char* value = std::getenv(name);
   return value != nullptr && value[0] != '\0';
@@ -63,13 +61,7 @@ std::unique_ptr<DialogBackend> ChooseDialogBackend() {
 }  // namespace
 
 DialogBackend& ActiveDialogBackend() {
-  if (s_pInstalled != nullptr) return *s_pInstalled;
+  if (DialogBackend* installed = ScopedDialogBackend::Installed()) return *installed;
   static const std::unique_ptr<DialogBackend> chosen = ChooseDialogBackend();
   return *chosen;
 }
-
-ScopedDialogBackend::ScopedDialogBackend(DialogBackend& backend) : m_pPrevious(s_pInstalled) {
-  s_pInstalled = &backend;
-}
-
-ScopedDialogBackend::~ScopedDialogBackend() { s_pInstalled = m_pPrevious; }

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "platform/Dialogs.h"
+#include "platform/ScopedBackend.h"
 
 // An alert as a backend receives it, texts in UTF-8.
 struct AlertDescription {
@@ -44,17 +45,8 @@ class DialogBackend {
 // error) the text backend on the standard streams.
 DialogBackend& ActiveDialogBackend();
 
-// Makes `backend` the active one for its own lifetime, then restores the previous one.
-class ScopedDialogBackend {
- public:
-  explicit ScopedDialogBackend(DialogBackend& backend);
-  ~ScopedDialogBackend();
-  ScopedDialogBackend(const ScopedDialogBackend&) = delete;
-  ScopedDialogBackend& operator=(const ScopedDialogBackend&) = delete;
-
- private:
-  DialogBackend* m_pPrevious;
-};
+// Makes a backend the active one for its own lifetime, then restores the previous one.
+using ScopedDialogBackend = ScopedBackend<DialogBackend>;
 
 // Writes each alert's texts to `out` (stop alerts, which report failed checks, to `err`) with its
 // buttons, control characters shown as escapes, and reads one line of answer from `in`: a label

@@ -8,12 +8,6 @@
 #include <cerrno>
 #include <cstdio>
 
-namespace {
-
-DiskBackend* s_pInstalled = nullptr;
-
-}  // namespace
-
 int DiskBackend::Read(int fd, void* buffer, std::size_t count, std::size_t& moved) {
   const ssize_t result = read(fd, buffer, count);
   moved = result > 0 ? static_cast<std::size_t>(result) : 0;
@@ -53,11 +47,6 @@ int DiskBackend::Rename(const char* from, const char* to, bool replace) {
 
 DiskBackend& ActiveDiskBackend() {
   static DiskBackend posix;
-  return s_pInstalled != nullptr ? *s_pInstalled : posix;
+  DiskBackend* installed = ScopedDiskBackend::Installed();
+  return installed != nullptr ? *installed : posix;
 }
-
-ScopedDiskBackend::ScopedDiskBackend(DiskBackend& backend) : m_pPrevious(s_pInstalled) {
-  s_pInstalled = &backend;
-}
-
-ScopedDiskBackend::~ScopedDiskBackend() { s_pInstalled = m_pPrevious; }

@@ -8,6 +8,8 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "platform/ScopedBackend.h"
+
 class DiskBackend {
  public:
   virtual ~DiskBackend() = default;
@@ -28,14 +30,5 @@ class DiskBackend {
 // The backend of this process: one installed by a ScopedDiskBackend if any, else POSIX.
 DiskBackend& ActiveDiskBackend();
 
-// Makes `backend` the active one for its own lifetime, then restores the previous one.
-class ScopedDiskBackend {
- public:
-  explicit ScopedDiskBackend(DiskBackend& backend);
-  ~ScopedDiskBackend();
-  ScopedDiskBackend(const ScopedDiskBackend&) = delete;
-  ScopedDiskBackend& operator=(const ScopedDiskBackend&) = delete;
-
- private:
-  DiskBackend* m_pPrevious;
-};
+// Makes a backend the active one for its own lifetime, then restores the previous one.
+using ScopedDiskBackend = ScopedBackend<DiskBackend>;
