@@ -73,7 +73,6 @@ TEST_F(KestrailTest, Outcomes) {
        "<oldstyle_setting filter=\"Tessellane\" name=\"p%1\" set=\"Mendora\">"
        "<![CDATA[Tessellane\rsize=3\r]]></oldstyle_setting>",
        kInstalled, "home/data/Orvelle/Mendora/Tessellane/p%1", "Tessellane\rsize=3\r"},
-      {"not a setting", "in/notes.txt", "just some notes", kExamining, "", ""},
       {"already in its folder", kInstalledWash, kDaubery, kSame, kInstalledWash, ""},
       {"old-style name that is no name", "in/bad.f1s",
        "<oldstyle_setting set=\"Daubery\" filter=\"F\" name=\"../x\"><![CDATA[x]]>"
