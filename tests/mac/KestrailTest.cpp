@@ -1,13 +1,22 @@
-// Kestrail run as the desktop runs it, one settings file on its command line, answering its
-// dialogs on standard input, with a fresh home: every outcome of an import.
+// Kestrail's import, with a fresh home. The program run as the desktop runs it, one settings file
+// on its command line, answering its dialogs on standard input: every outcome of an import. And
+// in this process against a scripted dialog backend: what each alert shows, which button is the
+// default, what each answer means, and what the flow does when the disk, a signal or another
+// process interferes.
 #include <gtest/gtest.h>
+#include <signal.h>
 #include <sys/mount.h>
 #include <sys/stat.h>
 
+#include <chrono>
 #include <cstring>
 #include <deque>
 #include <set>
 
+#include "mac/Kestrail.h"
+#include "platform/EventLoop.h"
+#include "tests/FaultyDisk.h"
+#include "tests/ScriptedDialogBackend.h"
 #include "tests/mac/RunProgram.h"
 #include "tests/ovlib/SettingsHome.h"
 
@@ -25,6 +34,11 @@ const std::string kGlimmerboxQuestion = "Please choose your Glimmerbox folder.";
 
 const std::string kDaubery = "<setting set=\"Daubery\" filter=\"InkPuddle\" name=\"Wash\"/>";
 const std::string kDauberyFolder = "home/data/Orvelle/Daubery/InkPuddle";
+const std::string kInstalledWash = kDauberyFolder + "/Wash.xml";
+const std::string kWashPackage =
+    "<oldstyle_setting set=\"Daubery\" filter=\"InkPuddle\" name=\"Wash.xml\">"
+    "<![CDATA[InkPuddle\rdepth=2\r]]></oldstyle_setting>";
+const DialogItemIndex kKeep = kAlertStdAlertOKButton, kReplace = kAlertStdAlertCancelButton;
 
 class KestrailTest : public SettingsHomeTest {
  protected:
@@ -59,9 +73,7 @@ TEST_F(KestrailTest, Outcomes) {
        "<oldstyle_setting filter=\"Tessellane\" name=\"p%1\" set=\"Mendora\">"
        "<![CDATA[Tessellane\rsize=3\r]]></oldstyle_setting>",
        kInstalled, "home/data/Orvelle/Mendora/Tessellane/p%1", "Tessellane\rsize=3\r"},
-      {"not a setting", "in/notes.txt", "just some notes", kExamining, "", ""},
-      {"already in its folder", kDauberyFolder + "/Wash.xml", kDaubery, kSame,
-       kDauberyFolder + "/Wash.xml", ""},
+      {"already in its folder", kInstalledWash, kDaubery, kSame, kInstalledWash, ""},
       {"old-style name that is no name", "in/bad.f1s",
        "<oldstyle_setting set=\"Daubery\" filter=\"F\" name=\"../x\"><![CDATA[x]]>"
        "</oldstyle_setting>",
@@ -174,10 +186,10 @@ TEST_F(KestrailTest, FullDiskKeepsTheInstalledSetting) {
           "]]></oldstyle_setting>");
   for (const std::string file : {"in/Wash.xml", "in/Wash.f1s"}) {  // a copy and an unpacking
     SCOPED_TRACE(file);
-    m_temp.Write(kDauberyFolder + "/Wash.xml", "the installed one");
+    m_temp.Write(kInstalledWash, "the installed one");
     ProgramRun run = Open(file, "r\n");
     EXPECT_NE(std::string::npos, run.out.find(kFailure)) << run.out;
-    EXPECT_EQ("the installed one", m_temp.Contents(kDauberyFolder + "/Wash.xml"));
+    EXPECT_EQ("the installed one", m_temp.Contents(kInstalledWash));
     EXPECT_EQ(std::set<std::string>{"Wash.xml"}, m_temp.Names(kDauberyFolder));
   }
 }
@@ -223,6 +235,147 @@ TEST_F(KestrailTest, TwentyAtOnce) {
     EXPECT_EQ(contents[sameInstalled], m_temp.Contents(installed[sameInstalled]));
     for (const auto& entry : fs::recursive_directory_iterator(m_temp.Path("home")))
       EXPECT_NE('.', entry.path().filename().string()[0]) << "left behind: " << entry.path();
+  }
+}
+
+// In this process, against the scripted dialog backend.
+
+TEST_F(KestrailTest, ReplaceQuestionKeepsTheFileOnReturn) {
+  ScopedVariable catalogs("KESTRAIL_LOCALEDIR", nullptr);  // the built ones, beside the program
+  m_alerts.m_queAnswers = {kReplace};
+  EXPECT_EQ(0, ConfirmFileReplace(L"a b.xml"));
+  EXPECT_EQ(1, ConfirmFileReplace(L"a b.xml"));  // the default, as on Return
+  ASSERT_EQ(2u, m_alerts.m_vecAlerts.size());
+  const AlertDescription& alert = m_alerts.m_vecAlerts[0];
+  EXPECT_EQ(kAlertCautionAlert, alert.m_nKind);
+  EXPECT_EQ("A setting named \"a b.xml\" is already installed. Do you want to replace it?",
+            alert.m_strMessage);
+  EXPECT_EQ((AlertButtons{{"Keep Existing", kKeep}, {"Replace", kReplace}}), Buttons(0));
+  EXPECT_EQ(kKeep, alert.m_nDefaultItem);
+  EXPECT_EQ(kKeep, alert.m_nCancelItem);  // Escape and closing keep it too
+}
+
+TEST_F(KestrailTest, HandlerImportsTheFirstFileOnly) {
+  ASSERT_EQ(noErr, AEInstallEventHandler(kCoreEventClass, kAEOpenDocuments,
+                                         KestrailHandleOpenAppleEvent, 0, false));
+  // An event with files ends the application, one without keeps it running.
+  struct Case {
+    const char* label;
+    std::vector<std::string> files;
+    OSErr status;
+  };
+  m_temp.Write("in/one.xml", "<setting set=\"Daubery\" filter=\"WetDaub\" name=\"One\"/>");
+  m_temp.Write("in/two.xml", "<setting set=\"Daubery\" filter=\"InkPuddle\" name=\"Two\"/>");
+  const Case cases[] = {
+      {"no files", {}, noErr},
+      {"three files", {"in/one.xml", "in/two.xml", "in/two.xml"}, noErr},
+      {"first is missing", {"in/missing.xml", "in/two.xml"}, errAECoercionFail},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.label);
+    std::vector<std::string> paths;
+    for (const std::string& file : c.files) paths.push_back(m_temp.Path(file));
+    AppleEvent event, reply;
+    AEInitializeDesc(&reply);
+    ASSERT_EQ(noErr, MakeOpenDocumentsEvent(paths, &event));
+    bool quit = false;
+    EXPECT_EQ(c.status, DispatchAppleEvent(&event, &reply, quit));
+    EXPECT_EQ(!c.files.empty(), quit);
+    AEDisposeDesc(&event);
+  }
+  EXPECT_EQ(1u, m_alerts.m_vecAlerts.size());  // the one install's, and nothing else in any case
+  EXPECT_TRUE(fs::exists(m_temp.Path("home/data/Orvelle/Daubery/WetDaub/one.xml")));
+  EXPECT_FALSE(fs::exists(m_temp.Path(kDauberyFolder)));
+}
+
+// A Kestrail ended by a signal while it writes a setting leaves the one installed before as it
+// was, and no unfinished file.
+TEST_F(KestrailTest, ASignalInMidWriteKeepsTheInstalledSetting) {
+  m_temp.Write("in/Wash.xml", kDaubery + "<!--" + std::string(64 * 1024, 'x') + "-->");
+  m_temp.Write("in/Wash.f1s", kWashPackage);
+  for (const char* file : {"in/Wash.xml", "in/Wash.f1s"}) {
+    for (int signal : {SIGHUP, SIGINT, SIGTERM}) {
+      SCOPED_TRACE(testing::Message() << file << ", signal " << signal);
+      fs::create_directories(m_temp.Path(kDauberyFolder));
+      m_temp.Write(kInstalledWash, "the installed one");
+      const auto import = [&] {
+        FaultyDisk disk;
+        disk.m_beforeWrite = [signal] { raise(signal); };
+        ScopedDiskBackend held(disk);
+        m_alerts.m_queAnswers = {kReplace};
+        ImportOneSetting(*Ref(file));
+      };
+      EXPECT_EXIT(import(), testing::KilledBySignal(signal), "");
+      EXPECT_EQ("the installed one", m_temp.Contents(kInstalledWash));
+      EXPECT_EQ(std::set<std::string>{"Wash.xml"}, m_temp.Names(kDauberyFolder));
+    }
+  }
+}
+
+// What is installed is what was examined: a source written while the question is open fails the
+// install, and the installed setting stays.
+TEST_F(KestrailTest, ASourceWrittenWhileTheQuestionIsOpenIsNotInstalled) {
+  struct Rewriter : ScriptedDialogBackend {
+    DialogItemIndex RunAlert(const AlertDescription& alert) override {
+      if (m_vecAlerts.empty()) m_rewrite();
+      return ScriptedDialogBackend::RunAlert(alert);
+    }
+    std::function<void()> m_rewrite;
+  };
+  struct Case {
+    const char* label;
+    std::string file, contents, rewritten;
+    bool inPlace;  // else a new file takes the old one's name
+  };
+  const std::string evil = "<setting set=\"Daubery\" filter=\"InkPuddle\" name=\"Evil\"/>";
+  const Case cases[] = {
+      {"rewritten in place, same length", "in/Wash.xml", kDaubery, evil, true},
+      {"replaced by another file", "in/Wash.xml", kDaubery, kDaubery, false},
+      {"package rewritten in place", "in/Wash.f1s", kWashPackage,
+       std::string(kWashPackage).replace(kWashPackage.find("depth=2"), 7, "depth=9"), true},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.label);
+    fs::create_directories(m_temp.Path(kDauberyFolder));
+    m_temp.Write(kInstalledWash, "the installed one");
+    m_temp.Write(c.file, c.contents);
+    // Written long ago, so that the rewrite is seen even where clocks are coarse.
+    fs::last_write_time(m_temp.Path(c.file),
+                        fs::file_time_type::clock::now() - std::chrono::hours(1));
+    Rewriter rewriter;
+    rewriter.m_queAnswers = {kReplace};
+    rewriter.m_rewrite = [&] {
+      const std::string path = c.inPlace ? c.file : c.file + ".new";
+      m_temp.Write(path, c.rewritten);
+      if (!c.inPlace) fs::rename(m_temp.Path(path), m_temp.Path(c.file));
+    };
+    ScopedDialogBackend scripted(rewriter);
+    ImportOneSetting(*Ref(c.file));
+    ASSERT_EQ(2u, rewriter.m_vecAlerts.size());
+    EXPECT_EQ(kFailure, rewriter.m_vecAlerts[1].m_strMessage);
+    EXPECT_EQ("the installed one", m_temp.Contents(kInstalledWash));
+  }
+}
+
+// Another Kestrail installs a setting of the same name while this one writes its own: the
+// question comes then, and only Replace replaces the other one.
+TEST_F(KestrailTest, ANameTakenDuringTheWriteIsAskedAbout) {
+  m_temp.Write("in/Wash.xml", kDaubery);
+  for (DialogItemIndex answer : {kKeep, kReplace}) {
+    SCOPED_TRACE(answer);
+    fs::remove_all(m_temp.Path(kDauberyFolder));
+    FaultyDisk disk;
+    disk.m_beforeWrite = [this] {
+      if (!fs::exists(m_temp.Path(kInstalledWash))) m_temp.Write(kInstalledWash, "the other one");
+    };
+    ScopedDiskBackend racing(disk);
+    m_alerts.m_vecAlerts.clear();
+    m_alerts.m_queAnswers = {answer};
+    ImportOneSetting(*Ref("in/Wash.xml"));
+    ASSERT_EQ(answer == kKeep ? 1u : 2u, m_alerts.m_vecAlerts.size());
+    EXPECT_NE(std::string::npos, m_alerts.m_vecAlerts[0].m_strMessage.find("already installed"));
+    EXPECT_EQ(answer == kKeep ? "the other one" : kDaubery, m_temp.Contents(kInstalledWash));
+    EXPECT_EQ(std::set<std::string>{"Wash.xml"}, m_temp.Names(kDauberyFolder));
   }
 }
 

@@ -52,7 +52,6 @@ class StartedProgram {
       run.out = m_streams.Contents("out");
       run.err = m_streams.Contents("err");
     }
-    m_child = -1;
     return run;
   }
 
