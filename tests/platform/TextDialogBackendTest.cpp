@@ -33,7 +33,6 @@ TEST(TextDialogBackendTest, AnswerPicksAButton) {
   const Case cases[] = {
       {"label", "Debug\n", 2},
       {"label in other case", "  more OPTIONS \r\n", 3},
-      {"first letter", "m\n", 3},
       {"empty line is the default", "\n", 1},
       {"end of input is the default", "", 1},
       {"unknown, then a letter", "maybe\nd\n", 2},
