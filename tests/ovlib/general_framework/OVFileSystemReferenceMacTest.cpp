@@ -131,7 +131,6 @@ TEST_F(OVFileSystemReferenceTest, InstallsThatFailLeaveTheFolderAsItWas) {
       }
     }
   }
-  RecordProperty("FailurePointsTried", tried);
   EXPECT_GE(tried, 10);
 }
 
