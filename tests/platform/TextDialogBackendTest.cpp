@@ -31,7 +31,6 @@ TEST(TextDialogBackendTest, AnswerPicksAButton) {
     DialogItemIndex item;
   };
   const Case cases[] = {
-      {"label", "Debug\n", 2},
       {"label in other case", "  more OPTIONS \r\n", 3},
       {"empty line is the default", "\n", 1},
       {"end of input is the default", "", 1},
