@@ -108,8 +108,8 @@ TEST(CFURLTest, FileURLOfAReferenceGivesBackItsPath) {
 
 class CFPreferencesTest : public testing::Test {
  protected:
-  // What the preferences file of `id` holds for "User Folder" when `value` follows that key, as
-  // "string:" and its text, "other" or "none".
+  // What the preferences file of `id` holds for "User Folder" when `value` follows that key: the
+  // text of a string, "other" for another kind of value or "(none)".
   std::string Read(const std::string& value, const std::string& id) {
     std::filesystem::create_directory(m_temp.Path("config"));
     m_temp.Write("config/" + id + ".plist",
@@ -118,9 +118,8 @@ class CFPreferencesTest : public testing::Test {
                  "<plist version=\"1.0\"><dict><key>User Folder</key>" +
                      value + "</dict></plist>\n");
     auto found = CFHold(CFPreferencesCopyAppValue(CFSTR("User Folder"), FromBytes(id).get()));
-    if (found == nullptr) return "none";
-    return CFGetTypeID(found.get()) == CFStringGetTypeID() ? "string:" + Utf8(found.get())
-                                                           : "other";
+    if (found != nullptr && CFGetTypeID(found.get()) != CFStringGetTypeID()) return "other";
+    return Utf8(found.get());
   }
 
   TempFolder m_temp;
@@ -134,16 +133,16 @@ TEST_F(CFPreferencesTest, ValuesKeepTheirTypesAndTheIDNamesOneFileInTheFolder) {
     std::string id = "com.orvelle.daubery";
   };
   const Case cases[] = {
-      {"string", "<string>/a  b/&amp;c</string>", "string:/a  b/&c"},
-      {"later key wins", "<string>/1</string><key>User Folder</key><string>/2</string>",
-       "string:/2"},
+      {"string", "<string>/a  b/&amp;c</string>", "/a  b/&c"},
+      {"later key wins", "<string>/1</string><key>User Folder</key><string>/2</string>", "/2"},
+      {"integer", "<integer>3</integer>", "other"},
       {"array", "<array><string>/p</string></array>", "other"},
-      {"key without a value", "", "none"},
-      {"malformed", "<string>/p", "none"},
+      {"key without a value", "", "(none)"},
+      {"malformed", "<string>/p", "(none)"},
       // Each of these has a file of its name written, which must not be read.
-      {"id climbing out of the folder", "<string>/p</string>", "none", "../escape"},
-      {"id of the folder above", "<string>/p</string>", "none", ".."},
-      {"empty id", "<string>/p</string>", "none", ""},
+      {"id climbing out of the folder", "<string>/p</string>", "(none)", "../escape"},
+      {"id of the folder above", "<string>/p</string>", "(none)", ".."},
+      {"empty id", "<string>/p</string>", "(none)", ""},
   };
   for (const Case& c : cases) {
     SCOPED_TRACE(c.label);
