@@ -118,9 +118,8 @@ TEST_F(SettingsUtilsTest, UserSettingsFolder) {
 }
 
 // A package carries an old file up to its first zero byte, as character data in UTF-16; before
-// that byte, what character data cannot hold is refused, as is the file of a filter of no known
-// set, whose name is matched case and all. The application's examination sends the package to its
-// filter's folder, where it unpacks under the old file's name.
+// that byte, what character data cannot hold is refused. The application's examination sends the
+// package to its filter's folder, where it unpacks under the old file's name.
 TEST_F(SettingsUtilsTest, PackageRoundTrip) {
   const std::string characters = "BristleDrag\rradius=3\r\rcolour=\xE9\xFF \"q\" <&>\r";
   struct Case {
@@ -134,7 +133,6 @@ TEST_F(SettingsUtilsTest, PackageRoundTrip) {
       {"BristleDrag\rzero\0\x01]]> after it"s, 0, "BristleDrag\rzero"},
       {"BristleDrag\rcontrol\x01", -1, ""},
       {"BristleDrag\rends]]>early\0", -1, ""},
-      {"bristledrag\ra filter's name in another case is none", -1, ""},
   };
   const std::string folder = kAppSupport + "Daubery/BristleDrag"s;
   fs::create_directory(m_temp.Path("out"));
@@ -215,6 +213,13 @@ TEST(SettingsNamesTest, ReducedSetNames) {
   const Case cases[] = {
       {L"Big Set 3", L"bigset3"}, {L"   ", L""}, {L"A\tB", L"a\tb"}, {L"\u00C4Z", L"\u00C4z"}};
   for (const Case& c : cases) EXPECT_EQ(c.reduced, ToLowerCaseAndStripSpaces(c.name)) << c.name;
+}
+
+TEST(SettingsNamesTest, SetOfAnOldFilter) {
+  TString setName;
+  EXPECT_EQ(0, SettingsUtils::SetNameFromFilterName(L"Opaline_Wash", setName));
+  EXPECT_EQ(L"Glimmerbox", setName);
+  EXPECT_EQ(-1, SettingsUtils::SetNameFromFilterName(L"opaline_wash", setName));
 }
 
 }  // namespace
