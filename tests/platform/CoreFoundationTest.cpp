@@ -106,30 +106,13 @@ TEST(CFURLTest, FileURLOfAReferenceGivesBackItsPath) {
   EXPECT_EQ(nullptr, CFURLCreateFromFSRef(nullptr, &nothing));
 }
 
-class CFPreferencesTest : public testing::Test {
- protected:
-  // What the preferences file of `id` holds for "User Folder" when `value` follows that key: the
-  // text of a string, "other" for another kind of value or "(none)".
-  std::string Read(const std::string& value, const std::string& id) {
-    std::filesystem::create_directory(m_temp.Path("config"));
-    m_temp.Write("config/" + id + ".plist",
-                 "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
-                 "<!DOCTYPE plist PUBLIC \"-//Orvelle//DTD PLIST 1.0//EN\" \"plist.dtd\">\n"
-                 "<plist version=\"1.0\"><dict><key>User Folder</key>" +
-                     value + "</dict></plist>\n");
-    auto found = CFHold(CFPreferencesCopyAppValue(CFSTR("User Folder"), FromBytes(id).get()));
-    if (found != nullptr && CFGetTypeID(found.get()) != CFStringGetTypeID()) return "other";
-    return Utf8(found.get());
-  }
-
-  TempFolder m_temp;
-  ScopedVariable m_config{"XDG_CONFIG_HOME", m_temp.Path("config").c_str()};
-};
-
-TEST_F(CFPreferencesTest, ValuesKeepTheirTypesAndTheIDNamesOneFileInTheFolder) {
+TEST(CFPreferencesTest, ValuesKeepTheirTypesAndTheIDNamesOneFileInTheFolder) {
+  TempFolder temp;
+  ScopedVariable config("XDG_CONFIG_HOME", temp.Path("config").c_str());
+  std::filesystem::create_directory(temp.Path("config"));
   struct Case {
     const char* label;
-    std::string value, found;
+    std::string value, found;  // the text of a string, "other" for another value, or "(none)"
     std::string id = "com.orvelle.daubery";
   };
   const Case cases[] = {
@@ -146,7 +129,14 @@ TEST_F(CFPreferencesTest, ValuesKeepTheirTypesAndTheIDNamesOneFileInTheFolder) {
   };
   for (const Case& c : cases) {
     SCOPED_TRACE(c.label);
-    EXPECT_EQ(c.found, Read(c.value, c.id));
+    temp.Write("config/" + c.id + ".plist",
+               "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
+               "<!DOCTYPE plist PUBLIC \"-//Orvelle//DTD PLIST 1.0//EN\" \"plist.dtd\">\n"
+               "<plist version=\"1.0\"><dict><key>User Folder</key>" +
+                   c.value + "</dict></plist>\n");
+    auto found = CFHold(CFPreferencesCopyAppValue(CFSTR("User Folder"), FromBytes(c.id).get()));
+    const bool other = found != nullptr && CFGetTypeID(found.get()) != CFStringGetTypeID();
+    EXPECT_EQ(c.found, other ? "other" : Utf8(found.get()));
   }
 }
 
