@@ -63,7 +63,6 @@ TEST_F(DialogsTest, TheUserChoosesAFolderOrCancels) {
     NavDialogCreationOptions options;
     ASSERT_EQ(noErr, NavGetDefaultDialogCreationOptions(&options));
     options.message = CFSTR("Pick one.");
-    options.modality = kWindowModalityWindowModal;  // without a parent window
     NavDialogRef dialog;
     ASSERT_EQ(noErr, NavCreateChooseFolderDialog(&options, nullptr, nullptr, nullptr, &dialog));
     ASSERT_EQ(noErr, NavDialogRun(dialog));

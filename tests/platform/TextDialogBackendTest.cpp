@@ -38,7 +38,6 @@ TEST(TextDialogBackendTest, AnswerPicksAButton) {
       // Whatever feeds the terminal, the question ends: ten wrong answers in a row take the
       // default, and no line is kept whole, however long.
       {"endless yes", Repeated("y\n", 100000), 1},
-      {"binary", Repeated(std::string("\0\x1b[2J\xff\n", 6), 100), 1},
       {"a line too long to be one, then one", std::string(5000, 'd') + "\nd\n", 2},
   };
   for (const Case& c : cases) {

@@ -42,7 +42,6 @@ TEST_F(OVAssertFailedTest, ReportAndItsButtons) {
       alert.m_strMessage);
   EXPECT_EQ("Failure at line 42 in file mac/Kestrail (function 'DisplayAlert')",
             alert.m_strExplanation);
-  EXPECT_EQ(kAlertStdAlertOKButton, alert.m_nDefaultItem);
   EXPECT_EQ((AlertButtons{{"Continue", 1}, {"Debug", 2}, {"More Options", 3}}), Buttons(0));
   EXPECT_EQ((AlertButtons{{"Continue", 1}, {"Ignore", 2}, {"Kill", 3}}), Buttons(1));
 }
