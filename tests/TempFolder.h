@@ -8,6 +8,7 @@
 #include <filesystem>
 #include <fstream>
 #include <set>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -15,17 +16,16 @@
 
 class TempFolder {
  public:
+  // Throws when the folder cannot be made, which fails the test that wanted it.
   TempFolder() {
     std::string pattern = testing::TempDir() + "kestrail-XXXXXX";
-    if (mkdtemp(pattern.data()) != nullptr) m_path = std::filesystem::canonical(pattern).string();
+    if (mkdtemp(pattern.data()) == nullptr) throw std::runtime_error("cannot make " + pattern);
+    m_path = std::filesystem::canonical(pattern).string();
   }
-  ~TempFolder() {
-    if (!m_path.empty()) std::filesystem::remove_all(m_path);
-  }
+  ~TempFolder() { std::filesystem::remove_all(m_path); }
   TempFolder(const TempFolder&) = delete;
   TempFolder& operator=(const TempFolder&) = delete;
 
-  // Empty when the folder could not be made.
   const std::string& Path() const { return m_path; }
   std::string Path(const std::string& name) const { return m_path + "/" + name; }
   const UInt8* PosixPath() const { return reinterpret_cast<const UInt8*>(m_path.c_str()); }

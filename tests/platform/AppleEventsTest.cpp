@@ -77,7 +77,6 @@ int StopReader(const std::vector<std::string>&, std::ostream& out, std::ostream&
 
 TEST(EventLoopTest, CommandLine) {
   TempFolder temp;
-  ASSERT_FALSE(temp.Path().empty());
   ASSERT_EQ(noErr, AEInstallEventHandler(kCoreEventClass, kAEOpenDocuments, RecordOpenDocuments, 0,
                                          false));
   temp.Write("a.xml", "<setting/>");

