@@ -43,8 +43,7 @@ Element::~Element() {
 TString Element::GetData() const { return TString(); }
 
 TString Element::GetValue() const {
-  return Private::ContainerValue(
-      *this, PreservesSpaces() ? Private::ValueSpaces::kKeep : Private::ValueSpaces::kNormalize);
+  return Private::ContainerValue(*this, Private::ElementValueSpaces(PreservesSpaces()));
 }
 
 bool Element::IsKindOf(int kind) const { return kind == NODE_ELEMENT; }

@@ -93,6 +93,9 @@ void EscapeCharacters(GenerateContext& context, std::wstring_view text);
 // normalises it unless the element preserves spaces, an attribute's trims it, a document's
 // normalises it.
 enum class ValueSpaces { kNormalize, kTrim, kKeep };
+inline ValueSpaces ElementValueSpaces(bool preservesSpaces) {
+  return preservesSpaces ? ValueSpaces::kKeep : ValueSpaces::kNormalize;
+}
 
 // The value of an element, attribute or document: its children's values concatenated, then
 // finished by the container's rule. Nested containers are walked from a work list, so the depth

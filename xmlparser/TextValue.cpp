@@ -15,8 +15,7 @@ namespace {
 // computed from the work list; none for other nodes, which are asked for their value.
 std::optional<ValueSpaces> StandardValueSpaces(const Node& node) {
   if (IsExactly<Element>(node)) {
-    return static_cast<const Element&>(node).PreservesSpaces() ? ValueSpaces::kKeep
-                                                               : ValueSpaces::kNormalize;
+    return ElementValueSpaces(static_cast<const Element&>(node).PreservesSpaces());
   }
   if (IsExactly<Attribute>(node)) return ValueSpaces::kTrim;
   if (IsExactly<Document>(node)) return ValueSpaces::kNormalize;
