@@ -84,8 +84,9 @@ bool FileURLPath(const std::string& text, std::string& path) {
 
 CFURLRef CFURLCreateFromFSRef(CFAllocatorRef, const FSRef* ref) {
   ObjectOnDisk object;
-  if (ResolveReference(ref, object) != noErr) return nullptr;
-  std::string text = FileURLText(object.m_strPath);
+  std::string path;
+  if (ResolveReference(ref, object) != noErr || CurrentPath(object, path) != noErr) return nullptr;
+  std::string text = FileURLText(path);
   if (object.m_bIsDirectory && text.back() != '/') text += '/';
   return MakeURL(std::move(text));
 }

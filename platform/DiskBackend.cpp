@@ -1,12 +1,11 @@
-// DiskBackend.cpp: the POSIX calls under the File Manager's reads, writes, flushes and renames.
+// DiskBackend.cpp: the POSIX calls under the File Manager.
 #include "platform/DiskBackend.h"
 
-#include <fcntl.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <cstdio>
+#include <vector>
 
 int DiskBackend::Read(int fd, void* buffer, std::size_t count, std::size_t& moved) {
   const ssize_t result = read(fd, buffer, count);
@@ -31,18 +30,59 @@ int DiskBackend::Reserve(int fd, std::int64_t offset, std::int64_t length) {
 
 int DiskBackend::Flush(int fd) { return fsync(fd) == 0 ? 0 : errno; }
 
-int DiskBackend::Rename(const char* from, const char* to, bool replace) {
-  if (replace) return rename(from, to) == 0 ? 0 : errno;
-  if (renameat2(AT_FDCWD, from, AT_FDCWD, to, RENAME_NOREPLACE) == 0) return 0;
+int DiskBackend::Open(int folder, const char* name, int flags, mode_t mode, int& fd) {
+  do {
+    fd = openat(folder, name, flags, mode);
+  } while (fd < 0 && errno == EINTR);
+  return fd >= 0 ? 0 : errno;
+}
+
+int DiskBackend::Look(int folder, const char* name, int flags, struct statx& status) {
+  const int emptyPath = name[0] == '\0' ? AT_EMPTY_PATH : 0;
+  return statx(folder, name, flags | emptyPath, STATX_BASIC_STATS | STATX_BTIME, &status) == 0
+             ? 0
+             : errno;
+}
+
+int DiskBackend::MakeFolder(int folder, const char* name, mode_t mode) {
+  return mkdirat(folder, name, mode) == 0 ? 0 : errno;
+}
+
+int DiskBackend::Remove(int folder, const char* name, bool isFolder) {
+  return unlinkat(folder, name, isFolder ? AT_REMOVEDIR : 0) == 0 ? 0 : errno;
+}
+
+int DiskBackend::Rename(int fromFolder, const char* fromName, int toFolder, const char* toName,
+                        bool replace) {
+  if (replace) return renameat(fromFolder, fromName, toFolder, toName) == 0 ? 0 : errno;
+  if (renameat2(fromFolder, fromName, toFolder, toName, RENAME_NOREPLACE) == 0) return 0;
   if (errno != EINVAL) return errno;
   // File systems that cannot promise not to replace: a hard link fails on a taken name, and the
   // old name then goes. Where links are not allowed either, check first, with a small window in
   // which another process could slip a file in.
-  if (link(from, to) == 0) return unlink(from) == 0 ? 0 : errno;
+  if (linkat(fromFolder, fromName, toFolder, toName, 0) == 0)
+    return unlinkat(fromFolder, fromName, 0) == 0 ? 0 : errno;
   if (errno == EEXIST) return EEXIST;
   struct stat existing;
-  if (lstat(to, &existing) == 0) return EEXIST;
-  return rename(from, to) == 0 ? 0 : errno;
+  if (fstatat(toFolder, toName, &existing, AT_SYMLINK_NOFOLLOW) == 0) return EEXIST;
+  return renameat(fromFolder, fromName, toFolder, toName) == 0 ? 0 : errno;
+}
+
+int DiskBackend::ReadLink(int folder, const char* name, std::string& target) {
+  // The kernel's links for descriptors name paths of any length; grow until the text fits.
+  std::string own;
+  if (name[0] == '\0') own = "/proc/self/fd/" + std::to_string(folder);
+  std::vector<char> buffer(256);
+  for (;;) {
+    const ssize_t length = own.empty() ? readlinkat(folder, name, buffer.data(), buffer.size())
+                                       : readlink(own.c_str(), buffer.data(), buffer.size());
+    if (length < 0) return errno;
+    if (static_cast<std::size_t>(length) < buffer.size()) {
+      target.assign(buffer.data(), static_cast<std::size_t>(length));
+      return 0;
+    }
+    buffer.resize(buffer.size() * 2);
+  }
 }
 
 DiskBackend& ActiveDiskBackend() {

@@ -1,12 +1,17 @@
-// DiskBackend.h: the seam under the File Manager calls that move data and names. Reading and
-// writing forks, reserving their space, flushing files and folders, and renaming go through the
-// active DiskBackend: POSIX itself, unless a test puts its own in place with ScopedDiskBackend to
-// make one of these calls fail, or to hold a write half done, where the real disk cannot be made
-// to. The backend sees file descriptors and paths; the calls above it see references and forks.
+// DiskBackend.h: the seam under every File Manager call that touches the disk. Looking objects up,
+// opening, making, removing and renaming them, reading and writing forks, reserving their space and
+// flushing files and folders go through the active DiskBackend: POSIX itself, unless a test puts
+// its own in place with ScopedDiskBackend to make one of these calls fail, to hold a write half
+// done, or to change the disk between two calls, where the real disk cannot be made to. The
+// backend sees file descriptors and names; the calls above it see references and forks.
 #pragma once
+
+#include <fcntl.h>
+#include <sys/stat.h>
 
 #include <cstddef>
 #include <cstdint>
+#include <string>
 
 #include "platform/ScopedBackend.h"
 
@@ -23,8 +28,20 @@ class DiskBackend {
   virtual int Reserve(int fd, std::int64_t offset, std::int64_t length);
   // Makes what was written to the file, or the names in the folder, durable (fsync).
   virtual int Flush(int fd);
-  // Renames `from` to `to` in one step: over an object there when `replace`, else EEXIST.
-  virtual int Rename(const char* from, const char* to, bool replace);
+
+  // The calls on names. `folder` is a folder's descriptor, or AT_FDCWD with a path for `name`.
+  // openat(2) into `fd`.
+  virtual int Open(int folder, const char* name, int flags, mode_t mode, int& fd);
+  // statx(2) of `name`, or of `folder` itself for an empty name; `flags` as statx takes them.
+  virtual int Look(int folder, const char* name, int flags, struct statx& status);
+  virtual int MakeFolder(int folder, const char* name, mode_t mode);
+  // Removes the file, link or (with `isFolder`) empty folder `name`.
+  virtual int Remove(int folder, const char* name, bool isFolder);
+  // Renames in one step: over an object there when `replace`, else EEXIST.
+  virtual int Rename(int fromFolder, const char* fromName, int toFolder, const char* toName,
+                     bool replace);
+  // The text of the symbolic link `name`, or of the kernel's link for `folder` with an empty name.
+  virtual int ReadLink(int folder, const char* name, std::string& target);
 };
 
 // The backend of this process: one installed by a ScopedDiskBackend if any, else POSIX.

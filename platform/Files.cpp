@@ -1,17 +1,12 @@
 // Files.cpp: references, catalog information, and creating, renaming, moving and deleting objects.
+// Every call works inside a held folder, by one name there (PosixFiles.h).
 #include "platform/Files.h"
 
-#include <fcntl.h>
-#include <sys/stat.h>
-#include <sys/sysmacros.h>
 #include <sys/xattr.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
-#include <climits>
-#include <cstdio>
-#include <cstdlib>
 #include <cstring>
 #include <unordered_map>
 #include <vector>
@@ -22,47 +17,6 @@
 
 namespace {
 
-// What the 80 bytes of an FSRef hold. The marker tells a reference of this process from zeros.
-struct ReferenceBytes {
-  UInt32 m_nMarker;
-  UInt32 m_nPathIndex;
-  UInt64 m_nDevice;
-  UInt64 m_nInode;
-  SInt64 m_nBirthSeconds;
-  UInt32 m_nBirthNanoseconds;
-  UInt32 m_bHasBirthTime;
-};
-static_assert(sizeof(ReferenceBytes) <= sizeof(FSRef), "a reference must fit in an FSRef");
-
-const UInt32 kReferenceMarker = MakeFourCharCode("KsRf");
-
-// References carry an index into this table rather than a path, which would not fit in 80 bytes.
-// Each path is stored once; entries are never removed, as references may be copied anywhere and
-// live as long as the process.
-class PathTable {
- public:
-  UInt32 Intern(const std::string& path) {
-    auto found = m_mapIndices.find(path);
-    if (found != m_mapIndices.end()) return found->second;
-    m_vecPaths.push_back(path);
-    const UInt32 index = static_cast<UInt32>(m_vecPaths.size() - 1);
-    m_mapIndices.emplace(path, index);
-    return index;
-  }
-  const std::string* Find(UInt32 index) const {
-    return index < m_vecPaths.size() ? &m_vecPaths[index] : nullptr;
-  }
-
- private:
-  std::vector<std::string> m_vecPaths;
-  std::unordered_map<std::string, UInt32> m_mapIndices;
-};
-
-PathTable& Paths() {
-  static PathTable* table = new PathTable;  // never destroyed: references outlive statics
-  return *table;
-}
-
 // Volume numbers stand for devices, numbered as first met: -1, -2, ...
 FSVolumeRefNum VolumeOf(UInt64 device) {
   static auto* volumes = new std::unordered_map<UInt64, FSVolumeRefNum>;
@@ -71,17 +25,6 @@ FSVolumeRefNum VolumeOf(UInt64 device) {
   const FSVolumeRefNum volume = static_cast<FSVolumeRefNum>(-1 - static_cast<int>(volumes->size()));
   volumes->emplace(device, volume);
   return volume;
-}
-
-std::string ParentPath(const std::string& path) {
-  const std::size_t slash = path.rfind('/');
-  return slash == 0 ? std::string("/") : path.substr(0, slash);
-}
-
-std::string LastComponent(const std::string& path) { return path.substr(path.rfind('/') + 1); }
-
-std::string JoinPath(const std::string& folder, const std::string& component) {
-  return folder == "/" ? "/" + component : folder + "/" + component;
 }
 
 // The time of the last change to the object's data, in the File Manager's form.
@@ -95,36 +38,31 @@ UTCDateTime ModificationDate(const ObjectOnDisk& object) {
   return date;
 }
 
-// The object of a reference given as a folder: dirNFErr when it is gone or is no folder.
-OSErr ResolveFolder(const FSRef* ref, ObjectOnDisk& folder) {
-  const OSErr err = ResolveReference(ref, folder);
-  if (err == fnfErr || (err == noErr && !folder.m_bIsDirectory)) return dirNFErr;
-  return err;
+// Node IDs below 16 are reserved; only the root may have one (fsRtDirID).
+UInt32 NodeID(const ObjectOnDisk& object) {
+  if (IsRoot(object)) return fsRtDirID;
+  const UInt32 inode = static_cast<UInt32>(object.m_identity.m_nInode);
+  return inode < 16 ? inode + 16 : inode;
 }
 
-// The path of `name` inside `folder`, after refusing names that are empty, longer than 255
-// units, not valid UTF-16, hold '/' or NUL, are "." or "..", or have the form of a temporary
-// file's: bdNamErr.
-OSErr ChildPath(const ObjectOnDisk& folder, UniCharCount nameLength, const UniChar* name,
-                std::string& path) {
-  if (nameLength == 0 || nameLength > 255) return bdNamErr;
+// The one component on disk that `name` stands for, after refusing names that are empty, hold '/'
+// or NUL, are not valid UTF-16, are "." or "..", or begin as a temporary file's (bdNamErr), and
+// names longer than 255 units or, in UTF-8, than the 255 bytes that file systems allow
+// (errFSNameTooLong).
+OSErr ComponentOf(UniCharCount nameLength, const UniChar* name, std::string& component) {
+  if (nameLength == 0) return bdNamErr;
+  if (nameLength > 255) return errFSNameTooLong;
   if (name == nullptr) return paramErr;
   for (UniCharCount i = 0; i < nameLength; ++i)
     if (name[i] == 0 || name[i] == '/') return bdNamErr;
-  std::string component;
+  component.clear();
   if (!EncodeUtf8(name, nameLength, component)) return bdNamErr;
+  if (component.size() > 255) return errFSNameTooLong;
   if (component == "." || component == ".." || IsTemporaryName(component)) return bdNamErr;
-  path = JoinPath(folder.m_strPath, component);
   return noErr;
 }
 
-// The path of `name` inside the folder `parentRef`.
-OSErr PathInFolder(const FSRef* parentRef, UniCharCount nameLength, const UniChar* name,
-                   std::string& path) {
-  ObjectOnDisk parent;
-  const OSErr err = ResolveFolder(parentRef, parent);
-  return err != noErr ? err : ChildPath(parent, nameLength, name, path);
-}
+std::string DescriptorPath(int fd) { return "/proc/self/fd/" + std::to_string(fd); }
 
 // Finder information lives in one 32-byte extended attribute: the 16 bytes of FileInfo or
 // FolderInfo, then the 16 of their extended forms, every field big-endian. The widths say how to
@@ -169,16 +107,23 @@ void ReadFinderInfo(const ObjectOnDisk& object, FSCatalogInfo& info) {
   std::memset(info.finderInfo, 0, sizeof info.finderInfo);
   std::memset(info.extFinderInfo, 0, sizeof info.extFinderInfo);
   UInt8 raw[32];
-  // A missing attribute, or a file system (or link) without them, reads as zeros.
-  if (lgetxattr(object.m_strPath.c_str(), kFinderInfoAttribute, raw, sizeof raw) != sizeof raw)
-    return;
+  // Reached through the folder's handle: a held folder itself, anything else by its name in its
+  // folder, never following a link there. A missing attribute, or a file system (or link)
+  // without them, reads as zeros.
+  const ssize_t size =
+      object.m_nSelf != kNoFolder
+          ? getxattr(PathThroughHeld(object.m_nSelf).c_str(), kFinderInfoAttribute, raw, sizeof raw)
+          : lgetxattr(PathThroughHeld(object.m_nFolder, object.m_strName).c_str(),
+                      kFinderInfoAttribute, raw, sizeof raw);
+  if (size != sizeof raw) return;
   const bool folder = object.m_bIsDirectory;
   SwapFields(folder ? kFolderInfoWidths : kFileInfoWidths, raw, info.finderInfo);
   SwapFields(folder ? kExtendedFolderInfoWidths : kExtendedFileInfoWidths, raw + 16,
              info.extFinderInfo);
 }
 
-// 0 or an errno value. File systems without extended attributes still get the object.
+// Writes the Finder information of the object that `path` leads to, a descriptor's path in
+// /proc. 0 or an errno value. File systems without extended attributes still get the object.
 int WriteFinderInfo(const std::string& path, bool folder, FSCatalogInfoBitmap whichInfo,
                     const FSCatalogInfo& info) {
   UInt8 raw[32] = {};
@@ -187,7 +132,7 @@ int WriteFinderInfo(const std::string& path, bool folder, FSCatalogInfoBitmap wh
   if (whichInfo & kFSCatInfoFinderXInfo)
     HostToBigEndian(folder ? kExtendedFolderInfoWidths : kExtendedFileInfoWidths,
                     info.extFinderInfo, raw + 16);
-  if (lsetxattr(path.c_str(), kFinderInfoAttribute, raw, sizeof raw, 0) == 0) return 0;
+  if (setxattr(path.c_str(), kFinderInfoAttribute, raw, sizeof raw, 0) == 0) return 0;
   return errno == ENOTSUP || errno == EOPNOTSUPP ? 0 : errno;
 }
 
@@ -197,78 +142,52 @@ bool CanSetOnCreation(FSCatalogInfoBitmap whichInfo, const FSCatalogInfo* catalo
   return (whichInfo & ~finder) == 0 && (whichInfo == 0 || catalogInfo != nullptr);
 }
 
-// Where the create calls make `name` in `parentRef`, once their arguments are checked.
-OSErr CreationPath(const FSRef* parentRef, UniCharCount nameLength, const UniChar* name,
-                   FSCatalogInfoBitmap whichInfo, const FSCatalogInfo* catalogInfo, FSSpec* newSpec,
-                   std::string& path) {
-  if (!CanSetOnCreation(whichInfo, catalogInfo) || newSpec != nullptr) return paramErr;
-  return PathInFolder(parentRef, nameLength, name, path);
-}
-
-// What the create calls share: making the object at `path` with `make`, giving it its Finder
-// information and handing out its reference. An object that cannot be finished is removed again.
-template <typename Make>
-OSErr CreateObject(const std::string& path, FSCatalogInfoBitmap whichInfo,
-                   const FSCatalogInfo* catalogInfo, FSRef* newRef, bool folder,
-                   ObjectOnDisk& created, Make make) {
-  if (!make(path)) return MacErrorFromErrno(errno);
-  int error = whichInfo != 0 ? WriteFinderInfo(path, folder, whichInfo, *catalogInfo) : 0;
-  if (error == 0) error = LookAtPath(path, created);
+// Makes the file `component` in the held folder `folder`, never over anything there, with its
+// Finder information, and hands out its reference. A file that cannot be finished is removed.
+OSErr CreateFileIn(UInt32 folder, const std::string& component, FSCatalogInfoBitmap whichInfo,
+                   const FSCatalogInfo* catalogInfo, FSRef* newRef) {
+  DiskBackend& disk = ActiveDiskBackend();
+  const int folderFd = HeldDescriptor(folder);
+  int fd;
+  int error = disk.Open(folderFd, component.c_str(),
+                        O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0666, fd);
+  if (error != 0) return MacErrorFromErrno(error);
+  if (whichInfo != 0) error = WriteFinderInfo(DescriptorPath(fd), false, whichInfo, *catalogInfo);
+  // The reference is to the file made here, whatever takes its name later.
+  ObjectOnDisk created;
+  if (error == 0) error = LookAtDescriptor(fd, created);
+  close(fd);
   if (error != 0) {
-    if (folder)
-      rmdir(path.c_str());
-    else
-      unlink(path.c_str());
+    disk.Remove(folderFd, component.c_str(), false);
     return MacErrorFromErrno(error);
   }
+  created.m_nFolder = folder;
+  created.m_strName = component;
   if (newRef != nullptr) MakeReference(created, newRef);
   return noErr;
 }
 
-bool CreateFile(const std::string& path) {
-  const int fd = open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0666);
-  return fd >= 0 && close(fd) == 0;
-}
-
-// Makes the names in `folder` durable. A failure is not passed on: it comes after the change,
-// which stands and cannot be taken back, and a crash then leaves the folder as it was before the
-// change or after it, never in between.
-void FlushFolder(const std::string& folder) {
-  const int fd = open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-  if (fd < 0) return;
-  ActiveDiskBackend().Flush(fd);
-  close(fd);
-}
-
-// Gives the object at `from` the path `to` in one step, over an object there only with `replace`
-// (dupFNErr otherwise), and flushes the folders involved.
-OSErr RenameAndFlush(const std::string& from, const std::string& to, bool replace) {
-  const int error = ActiveDiskBackend().Rename(from.c_str(), to.c_str(), replace);
-  if (error != 0) return MacErrorFromErrno(error);
-  if (IsTemporaryName(LastComponent(from))) ForgetTemporaryFile(from);
-  FlushFolder(ParentPath(to));
-  if (ParentPath(from) != ParentPath(to)) FlushFolder(ParentPath(from));
-  return noErr;
-}
-
-// Looks again at a renamed or moved object and hands out its new reference.
-OSErr ReferToPath(const std::string& path, FSRef* newRef) {
-  ObjectOnDisk object;
-  const int error = LookAtPath(path, object);
-  if (error != 0) return MacErrorFromErrno(error);
+// Gives `object` the name `component` in the held folder `destination` on the file system
+// `device` (diffVolErr otherwise) in one step, over an object there only with `replace` (dupFNErr
+// otherwise), flushes the folders involved and hands out its new reference.
+OSErr MoveObjectTo(ObjectOnDisk object, UInt32 destination, UInt64 device,
+                   const std::string& component, bool replace, FSRef* newRef) {
+  if (IsRoot(object)) return paramErr;
+  if (object.m_identity.m_nDevice != device) return diffVolErr;
+  if (object.m_nFolder != destination || object.m_strName != component) {
+    const int error = ActiveDiskBackend().Rename(HeldDescriptor(object.m_nFolder),
+                                                 object.m_strName.c_str(),
+                                                 HeldDescriptor(destination), component.c_str(),
+                                                 replace);
+    if (error != 0) return MacErrorFromErrno(error);
+    if (IsTemporaryName(object.m_strName)) ForgetTemporaryFile(object.m_strName);
+    FlushFolder(destination);
+    if (object.m_nFolder != destination) FlushFolder(object.m_nFolder);
+  }
+  object.m_nFolder = destination;
+  object.m_strName = component;
   if (newRef != nullptr) MakeReference(object, newRef);
   return noErr;
-}
-
-// Moves `object` to `path`, which must lie on the file system `device` (diffVolErr otherwise),
-// over an object there only with `replace`, and hands out its new reference.
-OSErr MoveObjectTo(const ObjectOnDisk& object, UInt64 device, const std::string& path, bool replace,
-                   FSRef* newRef) {
-  if (object.m_strPath == "/") return paramErr;
-  if (object.m_nDevice != device) return diffVolErr;
-  const OSErr err =
-      path != object.m_strPath ? RenameAndFlush(object.m_strPath, path, replace) : noErr;
-  return err != noErr ? err : ReferToPath(path, newRef);
 }
 
 }  // namespace
@@ -294,7 +213,7 @@ OSErr MacErrorFromErrno(int error) {
     case EDQUOT:
       return dskFulErr;
     case ENAMETOOLONG:
-      return bdNamErr;
+      return errFSNameTooLong;
     case EXDEV:
       return diffVolErr;
     case EISDIR:
@@ -313,62 +232,21 @@ OSErr MacErrorFromErrno(int error) {
   }
 }
 
-int LookAtPath(const std::string& path, ObjectOnDisk& object) {
-  struct statx status;
-  if (statx(AT_FDCWD, path.c_str(), AT_SYMLINK_NOFOLLOW, STATX_BASIC_STATS | STATX_BTIME,
-            &status) != 0)
-    return errno;
-  object.m_strPath = path;
-  object.m_nDevice = makedev(status.stx_dev_major, status.stx_dev_minor);
-  object.m_nInode = status.stx_ino;
-  object.m_bHasBirthTime = (status.stx_mask & STATX_BTIME) != 0;
-  object.m_nBirthSeconds = object.m_bHasBirthTime ? status.stx_btime.tv_sec : 0;
-  object.m_nBirthNanoseconds = object.m_bHasBirthTime ? status.stx_btime.tv_nsec : 0;
-  object.m_bIsDirectory = S_ISDIR(status.stx_mode);
-  object.m_bIsRegularFile = S_ISREG(status.stx_mode);
-  object.m_nSize = status.stx_size;
-  object.m_nAllocated = status.stx_blocks * 512;
-  object.m_nModifiedSeconds = status.stx_mtime.tv_sec;
-  object.m_nModifiedNanoseconds = status.stx_mtime.tv_nsec;
-  return 0;
-}
-
-void MakeReference(const ObjectOnDisk& object, FSRef* ref) {
-  ReferenceBytes bytes = {kReferenceMarker,       Paths().Intern(object.m_strPath),
-                          object.m_nDevice,       object.m_nInode,
-                          object.m_nBirthSeconds, object.m_nBirthNanoseconds,
-                          object.m_bHasBirthTime};
-  std::memset(ref, 0, sizeof *ref);
-  std::memcpy(ref->hidden, &bytes, sizeof bytes);
-}
-
-OSErr ResolveReference(const FSRef* ref, ObjectOnDisk& object) {
-  if (ref == nullptr) return paramErr;
-  ReferenceBytes bytes;
-  std::memcpy(&bytes, ref->hidden, sizeof bytes);
-  const std::string* path =
-      bytes.m_nMarker == kReferenceMarker ? Paths().Find(bytes.m_nPathIndex) : nullptr;
-  if (path == nullptr) return nsvErr;
-  const int error = LookAtPath(*path, object);
-  // Whatever stands in the way of the path (the object or a folder above it gone), the object
-  // the reference was made for is not there.
-  if (error == ENOENT || error == ENOTDIR) return fnfErr;
-  if (error != 0) return MacErrorFromErrno(error);
-  const bool same = object.m_nDevice == bytes.m_nDevice && object.m_nInode == bytes.m_nInode &&
-                    object.m_bHasBirthTime == (bytes.m_bHasBirthTime != 0) &&
-                    object.m_nBirthSeconds == bytes.m_nBirthSeconds &&
-                    object.m_nBirthNanoseconds == bytes.m_nBirthNanoseconds;
-  return same ? noErr : fnfErr;
-}
-
 OSErr FSPathMakeRef(const UInt8* path, FSRef* ref, Boolean* isDirectory) {
   if (path == nullptr || ref == nullptr) return paramErr;
-  char* resolved = realpath(reinterpret_cast<const char*>(path), nullptr);
-  if (resolved == nullptr) return MacErrorFromErrno(errno);
+  int fd;
+  const int error = ActiveDiskBackend().Open(
+      AT_FDCWD, reinterpret_cast<const char*>(path), O_PATH | O_CLOEXEC, 0, fd);
+  if (error != 0) {
+    errno = error;  // callers that tell the user why read it, as after the system call itself
+    return MacErrorFromErrno(error);
+  }
   ObjectOnDisk object;
-  const int error = LookAtPath(resolved, object);
-  std::free(resolved);
-  if (error != 0) return MacErrorFromErrno(error);
+  const OSErr err = FindOpened(fd, object);
+  if (err != noErr) {
+    errno = ENOENT;
+    return err;
+  }
   MakeReference(object, ref);
   if (isDirectory != nullptr) *isDirectory = object.m_bIsDirectory;
   return noErr;
@@ -376,56 +254,63 @@ OSErr FSPathMakeRef(const UInt8* path, FSRef* ref, Boolean* isDirectory) {
 
 OSErr FSRefMakePath(const FSRef* ref, UInt8* path, UInt32 maxPathSize) {
   ObjectOnDisk object;
-  const OSErr err = ResolveReference(ref, object);
+  std::string text;
+  OSErr err = ResolveReference(ref, object);
+  if (err == noErr) err = CurrentPath(object, text);
   if (err != noErr) return err;
-  if (path == nullptr || object.m_strPath.size() + 1 > maxPathSize) return paramErr;
-  std::memcpy(path, object.m_strPath.c_str(), object.m_strPath.size() + 1);
+  if (path == nullptr || text.size() + 1 > maxPathSize) return paramErr;
+  std::memcpy(path, text.c_str(), text.size() + 1);
   return noErr;
 }
 
 OSErr FSMakeFSRefUnicode(const FSRef* parentRef, UniCharCount nameLength, const UniChar* name,
                          TextEncoding, FSRef* newRef) {
   if (newRef == nullptr) return paramErr;
-  std::string path;
-  const OSErr err = PathInFolder(parentRef, nameLength, name, path);
-  return err != noErr ? err : ReferToPath(path, newRef);
+  ObjectOnDisk parent, child;
+  std::string component;
+  OSErr err = ResolveFolder(parentRef, parent);
+  if (err == noErr) err = ComponentOf(nameLength, name, component);
+  if (err != noErr) return err;
+  const int error = Find(parent.m_nSelf, component, child);
+  if (error != 0) return MacErrorFromErrno(error);
+  MakeReference(child, newRef);
+  return noErr;
 }
 
 OSErr FSGetCatalogInfo(const FSRef* ref, FSCatalogInfoBitmap whichInfo, FSCatalogInfo* catalogInfo,
                        HFSUniStr255* outName, FSSpec* fsSpec, FSRef* parentRef) {
   if (fsSpec != nullptr || (whichInfo != kFSCatInfoNone && catalogInfo == nullptr)) return paramErr;
   ObjectOnDisk object;
-  const OSErr err = ResolveReference(ref, object);
+  OSErr err = ResolveReference(ref, object);
+  // A folder's name and parent are where it is now, which may not be where it was found.
+  if (err == noErr && (outName != nullptr || parentRef != nullptr)) err = Locate(object);
   if (err != noErr) return err;
-  const bool root = object.m_strPath == "/";
   if (outName != nullptr) {
-    const std::string component = root ? std::string() : LastComponent(object.m_strPath);
     std::vector<UniChar> units;
     // A name written by another program may not be UTF-8, or may need more than 255 units; the
     // interface has no form for it.
-    if (!DecodeUtf8(reinterpret_cast<const UInt8*>(component.data()), component.size(), units) ||
+    if (!DecodeUtf8(reinterpret_cast<const UInt8*>(object.m_strName.data()),
+                    object.m_strName.size(), units) ||
         units.size() > 255)
       return bdNamErr;
     outName->length = static_cast<UInt16>(units.size());
     std::copy(units.begin(), units.end(), outName->unicode);
   }
   if (parentRef != nullptr) {
-    if (root) {
-      std::memset(parentRef, 0, sizeof *parentRef);
+    ObjectOnDisk parent;
+    if (object.m_nFolder == kNoFolder) {
+      std::memset(parentRef, 0, sizeof *parentRef);  // the root's
+    } else if (LookAtHeld(object.m_nFolder, parent) != 0) {
+      return fnfErr;
     } else {
-      const OSErr parentErr = ReferToPath(ParentPath(object.m_strPath), parentRef);
-      if (parentErr != noErr) return parentErr;
+      MakeReference(parent, parentRef);
     }
   }
   if (catalogInfo != nullptr && whichInfo != kFSCatInfoNone) {
     if (whichInfo & kFSCatInfoNodeFlags)
       catalogInfo->nodeFlags = object.m_bIsDirectory ? kFSNodeIsDirectoryMask : 0;
-    if (whichInfo & kFSCatInfoVolume) catalogInfo->volume = VolumeOf(object.m_nDevice);
-    if (whichInfo & kFSCatInfoNodeID) {
-      // Node IDs below 16 are reserved; only the root may have one (fsRtDirID).
-      const UInt32 inode = static_cast<UInt32>(object.m_nInode);
-      catalogInfo->nodeID = root ? UInt32(fsRtDirID) : inode < 16 ? inode + 16 : inode;
-    }
+    if (whichInfo & kFSCatInfoVolume) catalogInfo->volume = VolumeOf(object.m_identity.m_nDevice);
+    if (whichInfo & kFSCatInfoNodeID) catalogInfo->nodeID = NodeID(object);
     if (whichInfo & kFSCatInfoContentMod) catalogInfo->contentModDate = ModificationDate(object);
     if (whichInfo & (kFSCatInfoFinderInfo | kFSCatInfoFinderXInfo))
       ReadFinderInfo(object, *catalogInfo);
@@ -442,35 +327,48 @@ OSErr FSCompareFSRefs(const FSRef* ref1, const FSRef* ref2) {
   OSErr err = ResolveReference(ref1, first);
   if (err == noErr) err = ResolveReference(ref2, second);
   if (err != noErr) return err;
-  if (first.m_nDevice != second.m_nDevice) return diffVolErr;
-  return first.m_nInode == second.m_nInode ? noErr : errFSRefsDifferent;
+  if (first.m_identity.m_nDevice != second.m_identity.m_nDevice) return diffVolErr;
+  return first.m_identity.m_nInode == second.m_identity.m_nInode ? noErr : errFSRefsDifferent;
 }
 
 OSErr FSCreateFileUnicode(const FSRef* parentRef, UniCharCount nameLength, const UniChar* name,
                           FSCatalogInfoBitmap whichInfo, const FSCatalogInfo* catalogInfo,
                           FSRef* newRef, FSSpec* newSpec) {
-  std::string path;
-  const OSErr err =
-      CreationPath(parentRef, nameLength, name, whichInfo, catalogInfo, newSpec, path);
-  if (err != noErr) return err;
-  ObjectOnDisk created;
-  return CreateObject(path, whichInfo, catalogInfo, newRef, false, created, CreateFile);
+  if (!CanSetOnCreation(whichInfo, catalogInfo) || newSpec != nullptr) return paramErr;
+  ObjectOnDisk parent;
+  std::string component;
+  OSErr err = ResolveFolder(parentRef, parent);
+  if (err == noErr) err = ComponentOf(nameLength, name, component);
+  return err != noErr ? err : CreateFileIn(parent.m_nSelf, component, whichInfo, catalogInfo, newRef);
 }
 
 OSErr FSCreateDirectoryUnicode(const FSRef* parentRef, UniCharCount nameLength, const UniChar* name,
                                FSCatalogInfoBitmap whichInfo, const FSCatalogInfo* catalogInfo,
                                FSRef* newRef, FSSpec* newSpec, UInt32* newDirID) {
-  std::string path;
-  OSErr err = CreationPath(parentRef, nameLength, name, whichInfo, catalogInfo, newSpec, path);
+  if (!CanSetOnCreation(whichInfo, catalogInfo) || newSpec != nullptr) return paramErr;
+  ObjectOnDisk parent, created;
+  std::string component;
+  OSErr err = ResolveFolder(parentRef, parent);
+  if (err == noErr) err = ComponentOf(nameLength, name, component);
   if (err != noErr) return err;
-  ObjectOnDisk created;
-  err = CreateObject(path, whichInfo, catalogInfo, newRef, true, created,
-                     [](const std::string& path) { return mkdir(path.c_str(), 0777) == 0; });
-  if (err == noErr && newDirID != nullptr) {
-    const UInt32 inode = static_cast<UInt32>(created.m_nInode);
-    *newDirID = inode < 16 ? inode + 16 : inode;
+  DiskBackend& disk = ActiveDiskBackend();
+  const int parentFd = HeldDescriptor(parent.m_nSelf);
+  int error = disk.MakeFolder(parentFd, component.c_str(), 0777);
+  if (error != 0) return MacErrorFromErrno(error);
+  // Held at once. Anything but a folder of this user's in its place now was put there by someone
+  // else since it was made: that is not the folder made here, and it is left alone.
+  error = Find(parent.m_nSelf, component, created);
+  if (error != 0) return MacErrorFromErrno(error);
+  if (!created.m_bIsDirectory || created.m_nOwner != geteuid()) return fnfErr;
+  if (whichInfo != 0)
+    error = WriteFinderInfo(PathThroughHeld(created.m_nSelf), true, whichInfo, *catalogInfo);
+  if (error != 0) {
+    disk.Remove(parentFd, component.c_str(), true);
+    return MacErrorFromErrno(error);
   }
-  return err;
+  if (newRef != nullptr) MakeReference(created, newRef);
+  if (newDirID != nullptr) *newDirID = NodeID(created);
+  return noErr;
 }
 
 OSErr FSCreateTemporaryFile(const FSRef* parentRef, FSCatalogInfoBitmap whichInfo,
@@ -479,48 +377,50 @@ OSErr FSCreateTemporaryFile(const FSRef* parentRef, FSCatalogInfoBitmap whichInf
   ObjectOnDisk folder;
   OSErr err = ResolveFolder(parentRef, folder);
   if (err != noErr) return err;
-  RemoveStaleTemporaryFiles(folder.m_strPath);
+  RemoveStaleTemporaryFiles(folder.m_nSelf);
   // The name is marked before the file exists, so that no moment passes in which a signal would
   // leave the file behind.
-  const std::string path = JoinPath(folder.m_strPath, NewTemporaryName());
-  if (!RememberTemporaryFile(path)) return tmfoErr;
-  ObjectOnDisk created;
-  err = CreateObject(path, whichInfo, catalogInfo, newRef, false, created, CreateFile);
-  if (err != noErr) ForgetTemporaryFile(path);
+  const std::string name = NewTemporaryName();
+  if (!RememberTemporaryFile(folder.m_nSelf, name)) return tmfoErr;
+  err = CreateFileIn(folder.m_nSelf, name, whichInfo, catalogInfo, newRef);
+  if (err != noErr) ForgetTemporaryFile(name);
   return err;
 }
 
 OSErr FSDeleteObject(const FSRef* ref) {
   ObjectOnDisk object;
-  const OSErr err = ResolveReference(ref, object);
+  OSErr err = ResolveReference(ref, object);
+  if (err == noErr) err = Locate(object);
   if (err != noErr) return err;
-  const int result =
-      object.m_bIsDirectory ? rmdir(object.m_strPath.c_str()) : unlink(object.m_strPath.c_str());
-  if (result != 0) return errno == EEXIST ? fBsyErr : MacErrorFromErrno(errno);
-  if (IsTemporaryName(LastComponent(object.m_strPath))) ForgetTemporaryFile(object.m_strPath);
+  if (IsRoot(object)) return paramErr;
+  const int error = ActiveDiskBackend().Remove(HeldDescriptor(object.m_nFolder),
+                                               object.m_strName.c_str(), object.m_bIsDirectory);
+  if (error != 0) return error == EEXIST ? fBsyErr : MacErrorFromErrno(error);
+  if (IsTemporaryName(object.m_strName)) ForgetTemporaryFile(object.m_strName);
   return noErr;
 }
 
 OSErr FSRenameUnicode(const FSRef* ref, UniCharCount nameLength, const UniChar* name, TextEncoding,
                       FSRef* newRef) {
   ObjectOnDisk object;
+  std::string component;
   OSErr err = ResolveReference(ref, object);
+  if (err == noErr) err = Locate(object);
+  if (err == noErr && IsRoot(object)) err = paramErr;
+  if (err == noErr) err = ComponentOf(nameLength, name, component);
   if (err != noErr) return err;
-  if (object.m_strPath == "/") return paramErr;
-  ObjectOnDisk parent;
-  parent.m_strPath = ParentPath(object.m_strPath);
-  std::string path;
-  err = ChildPath(parent, nameLength, name, path);
-  return err != noErr ? err : MoveObjectTo(object, object.m_nDevice, path, false, newRef);
+  return MoveObjectTo(object, object.m_nFolder, object.m_identity.m_nDevice, component, false,
+                      newRef);
 }
 
 OSErr FSMoveObject(const FSRef* ref, const FSRef* destDirectory, FSRef* newRef) {
   ObjectOnDisk object, destination;
   OSErr err = ResolveReference(ref, object);
+  if (err == noErr) err = Locate(object);
   if (err == noErr) err = ResolveFolder(destDirectory, destination);
   if (err != noErr) return err;
-  const std::string path = JoinPath(destination.m_strPath, LastComponent(object.m_strPath));
-  return MoveObjectTo(object, destination.m_nDevice, path, false, newRef);
+  return MoveObjectTo(object, destination.m_nSelf, destination.m_identity.m_nDevice,
+                      object.m_strName, false, newRef);
 }
 
 OSStatus FSReplaceObject(const FSRef* originalObject, const FSRef* replacementObject,
@@ -532,9 +432,38 @@ OSStatus FSReplaceObject(const FSRef* originalObject, const FSRef* replacementOb
   ObjectOnDisk original, replacement;
   OSErr err = ResolveReference(originalObject, original);
   if (err == noErr) err = ResolveReference(replacementObject, replacement);
+  if (err == noErr) err = Locate(original);
+  if (err == noErr) err = Locate(replacement);
   if (err != noErr) return err;
   // One object under two names: a rename between them would change nothing.
-  if (original.m_nDevice == replacement.m_nDevice && original.m_nInode == replacement.m_nInode)
+  if (original.m_identity.m_nDevice == replacement.m_identity.m_nDevice &&
+      original.m_identity.m_nInode == replacement.m_identity.m_nInode)
     return paramErr;
-  return MoveObjectTo(replacement, original.m_nDevice, original.m_strPath, true, resultObject);
+  if (IsRoot(original)) return paramErr;
+  return MoveObjectTo(replacement, original.m_nFolder, original.m_identity.m_nDevice,
+                      original.m_strName, true, resultObject);
+}
+
+OSErr FSResolveAliasFile(FSRef* theRef, Boolean, Boolean* targetIsFolder, Boolean* wasAliased) {
+  if (theRef == nullptr || targetIsFolder == nullptr || wasAliased == nullptr) return paramErr;
+  ObjectOnDisk object;
+  OSErr err = ResolveReference(theRef, object);
+  if (err == noErr) err = Locate(object);
+  if (err != noErr) return err;
+  *wasAliased = object.m_bIsLink;
+  *targetIsFolder = object.m_bIsDirectory;
+  if (!object.m_bIsLink) return noErr;
+  // The rule the kernel applies to links in shared folders: a link that someone else put there
+  // could lead anywhere that they choose.
+  if (object.m_nOwner != geteuid() && object.m_nOwner != 0) return untrustedLinkErr;
+  int fd;
+  const int error = ActiveDiskBackend().Open(HeldDescriptor(object.m_nFolder),
+                                             object.m_strName.c_str(), O_PATH | O_CLOEXEC, 0, fd);
+  if (error != 0) return MacErrorFromErrno(error);  // fnfErr: it leads nowhere
+  ObjectOnDisk target;
+  err = FindOpened(fd, target);
+  if (err != noErr) return err;
+  MakeReference(target, theRef);
+  *targetIsFolder = target.m_bIsDirectory;
+  return noErr;
 }

@@ -4,10 +4,12 @@
 // MacTypes.h.
 //
 // A reference names one existing object by its file system identity, so two references compare
-// equal however their object was reached. It stays valid while that object stays where it was
-// found: once the object is deleted, replaced, renamed or moved, calls with the old reference
-// fail. Names are UTF-16 units here and UTF-8 on disk; a name is one path component and can
-// never reach outside the folder it is given to.
+// equal however their object was reached. A folder's reference holds that folder from the moment
+// it is found: calls inside it reach it wherever it is moved, and swapping a folder on the way for
+// a link or another folder changes nothing of where they go. Any other object's reference stays
+// valid while the object keeps its name in its folder: once it is deleted, replaced, renamed or
+// moved, calls with the old reference fail. Names are UTF-16 units here and UTF-8 on disk; a name
+// is one path component and can never reach outside the folder it is given to.
 #pragma once
 
 #include "platform/CoreFoundation.h"
@@ -97,12 +99,13 @@ struct ExtendedFolderInfo {
 // link, the last one included. `isDirectory` may be null.
 OSErr FSPathMakeRef(const UInt8* path, FSRef* ref, Boolean* isDirectory);
 
-// The object's absolute POSIX path in UTF-8, zero-terminated; paramErr when it does not fit.
+// The object's absolute POSIX path in UTF-8 as it is now, zero-terminated; paramErr when it does
+// not fit.
 OSErr FSRefMakePath(const FSRef* ref, UInt8* path, UInt32 maxPathSize);
 
 // The object `name` inside the folder `parentRef`. A symbolic link there is named itself, not
 // followed. fnfErr: no such object; dirNFErr: `parentRef` is no folder or is gone; bdNamErr: the
-// name may not be used.
+// name may not be used; errFSNameTooLong: it is longer than a name can be.
 OSErr FSMakeFSRefUnicode(const FSRef* parentRef, UniCharCount nameLength, const UniChar* name,
                          TextEncoding textEncodingHint, FSRef* newRef);
 
@@ -139,6 +142,13 @@ OSErr FSCreateDirectoryUnicode(const FSRef* parentRef, UniCharCount nameLength, 
 // files in a temporary folder of the volume.
 OSErr FSCreateTemporaryFile(const FSRef* parentRef, FSCatalogInfoBitmap whichInfo,
                             const FSCatalogInfo* catalogInfo, FSRef* newRef);
+
+// When `theRef` names a symbolic link, makes it name what the link leads to, following every link
+// on the way, and sets `wasAliased`; `targetIsFolder` tells whether the result is a folder. A link
+// that belongs to neither the user nor root is not followed (untrustedLinkErr): someone else put it
+// there, and it could lead anywhere they choose. fnfErr for a link that leads nowhere.
+OSErr FSResolveAliasFile(FSRef* theRef, Boolean resolveAliasChains, Boolean* targetIsFolder,
+                         Boolean* wasAliased);
 
 // Deletes a file, a link or an empty folder (fBsyErr when it is not empty).
 OSErr FSDeleteObject(const FSRef* ref);
@@ -235,3 +245,9 @@ enum : Boolean { kDontCreateFolder = 0, kCreateFolder = 1 };
 // folder type or when neither variable gives an absolute path.
 OSErr FSFindFolder(FSVolumeRefNum vRefNum, OSType folderType, Boolean createFolder,
                    FSRef* foundRef);
+
+// Where FSFindFolder finds or makes the folder, as an absolute POSIX path in UTF-8 whether or not it
+// exists: for telling the user which folder could not be made. fnfErr as for FSFindFolder; paramErr
+// when the path does not fit. The stand-in's own call: the real folders always exist.
+OSErr FSFindFolderPath(FSVolumeRefNum vRefNum, OSType folderType, UInt8* path,
+                       UInt32 maxPathSize);

@@ -1,12 +1,12 @@
 // Folders.cpp: the Folder Manager: the user's data folders under the desktop's base directory.
 #include "platform/Files.h"
 
-#include <sys/stat.h>
-
 #include <cerrno>
 #include <cstdlib>
+#include <cstring>
 #include <string>
 
+#include "platform/DiskBackend.h"
 #include "platform/internal/PosixFiles.h"  // MacErrorFromErrno, UserBaseFolder
 
 namespace {
@@ -16,9 +16,22 @@ int MakeFolders(const std::string& path) {
   for (std::size_t slash = path.find('/', 1);; slash = path.find('/', slash + 1)) {
     const std::string prefix = path.substr(0, slash);
     // The desktop's rules make the user's base directories private to the user.
-    if (mkdir(prefix.c_str(), 0700) != 0 && errno != EEXIST) return errno;
+    const int error = ActiveDiskBackend().MakeFolder(AT_FDCWD, prefix.c_str(), 0700);
+    if (error != 0 && error != EEXIST) return error;
     if (slash == std::string::npos) return 0;
   }
+}
+
+// The folder of `folderType` for the current user, by path.
+OSErr FolderPath(FSVolumeRefNum vRefNum, OSType folderType, std::string& path) {
+  if (vRefNum != kOnSystemDisk && vRefNum != kOnAppropriateDisk && vRefNum != kUserDomain)
+    return nsvErr;
+  if (!UserBaseFolder("XDG_DATA_HOME", ".local/share", path)) return fnfErr;
+  if (folderType == kFrameworksFolderType)
+    path += "/Frameworks";
+  else if (folderType != kApplicationSupportFolderType)
+    return fnfErr;
+  return noErr;
 }
 
 }  // namespace
@@ -38,20 +51,25 @@ bool UserBaseFolder(const char* variable, const char* underHome, std::string& pa
 OSErr FSFindFolder(FSVolumeRefNum vRefNum, OSType folderType, Boolean createFolder,
                    FSRef* foundRef) {
   if (foundRef == nullptr) return paramErr;
-  if (vRefNum != kOnSystemDisk && vRefNum != kOnAppropriateDisk && vRefNum != kUserDomain)
-    return nsvErr;
   std::string path;
-  if (!UserBaseFolder("XDG_DATA_HOME", ".local/share", path)) return fnfErr;
-  if (folderType == kFrameworksFolderType)
-    path += "/Frameworks";
-  else if (folderType != kApplicationSupportFolderType)
-    return fnfErr;
+  const OSErr err = FolderPath(vRefNum, folderType, path);
+  if (err != noErr) return err;
   if (createFolder) {
     const int error = MakeFolders(path);
     if (error != 0) return MacErrorFromErrno(error);
   }
   Boolean isDirectory = false;
-  const OSErr err =
+  const OSErr found =
       FSPathMakeRef(reinterpret_cast<const UInt8*>(path.c_str()), foundRef, &isDirectory);
-  return err == noErr && !isDirectory ? dirNFErr : err;
+  return found == noErr && !isDirectory ? dirNFErr : found;
+}
+
+OSErr FSFindFolderPath(FSVolumeRefNum vRefNum, OSType folderType, UInt8* path,
+                       UInt32 maxPathSize) {
+  std::string text;
+  const OSErr err = FolderPath(vRefNum, folderType, text);
+  if (err != noErr) return err;
+  if (path == nullptr || text.size() + 1 > maxPathSize) return paramErr;
+  std::memcpy(path, text.c_str(), text.size() + 1);
+  return noErr;
 }

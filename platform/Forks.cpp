@@ -133,13 +133,16 @@ OSErr FSOpenFork(const FSRef* ref, UniCharCount forkNameLength, const UniChar*, 
   if (err != noErr) return err;
   // Only a regular file has data to give: a named pipe would wait for a writer, forever.
   if (!object.m_bIsRegularFile) return notAFileErr;
-  // Not waiting either on what another process may put at the path meanwhile.
-  const int fd = open(object.m_strPath.c_str(), flags | O_NOFOLLOW | O_CLOEXEC | O_NONBLOCK);
-  if (fd < 0) return MacErrorFromErrno(errno);
-  // The path may have been given to another object since the reference was checked.
-  struct stat opened;
-  if (fstat(fd, &opened) != 0 || opened.st_ino != object.m_nInode || !S_ISREG(opened.st_mode) ||
-      fcntl(fd, F_SETFL, fcntl(fd, F_GETFL) & ~O_NONBLOCK) != 0) {
+  // Not waiting either on what another process may put in its place meanwhile.
+  int fd;
+  const int error = ActiveDiskBackend().Open(HeldDescriptor(object.m_nFolder),
+                                             object.m_strName.c_str(),
+                                             flags | O_NOFOLLOW | O_CLOEXEC | O_NONBLOCK, 0, fd);
+  if (error != 0) return MacErrorFromErrno(error);
+  // The name may have been given to another object since the reference was checked.
+  ObjectOnDisk opened;
+  if (LookAtDescriptor(fd, opened) != 0 || !(opened.m_identity == object.m_identity) ||
+      !opened.m_bIsRegularFile || fcntl(fd, F_SETFL, fcntl(fd, F_GETFL) & ~O_NONBLOCK) != 0) {
     close(fd);
     return fnfErr;
   }

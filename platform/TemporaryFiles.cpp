@@ -14,6 +14,8 @@
 #include <cstring>
 #include <ctime>
 
+#include "platform/DiskBackend.h"
+
 namespace {
 
 const char kPrefix[] = ".kestrail-unfinished-";
@@ -75,12 +77,20 @@ void CatchEndingSignals() {
   }
 }
 
-std::string FolderOf(const std::string& path) {
-  const std::size_t slash = path.rfind('/');
-  return slash == 0 ? std::string("/") : path.substr(0, slash);
+// Whether `name` has exactly the form NewTemporaryName gives: the prefix, the process, the count
+// and sixteen hexadecimal digits. A user's own file that merely begins like one is not ours.
+bool IsMadeTemporaryName(const char* name) {
+  if (std::strncmp(name, kPrefix, sizeof kPrefix - 1) != 0) return false;
+  const char* p = name + sizeof kPrefix - 1;
+  for (int field = 0; field < 2; ++field) {
+    const char* digits = p;
+    while (*p >= '0' && *p <= '9') ++p;
+    if (p == digits || p - digits > 20 || *p++ != '-') return false;
+  }
+  for (int i = 0; i < 16; ++i, ++p)
+    if (!((*p >= '0' && *p <= '9') || (*p >= 'a' && *p <= 'f'))) return false;
+  return *p == '\0';
 }
-
-std::string NameOf(const std::string& path) { return path.substr(path.rfind('/') + 1); }
 
 }  // namespace
 
@@ -103,38 +113,46 @@ std::string NewTemporaryName() {
   return name;
 }
 
-void RemoveStaleTemporaryFiles(const std::string& folder) {
-  DIR* entries = opendir(folder.c_str());
-  if (entries == nullptr) return;
+void RemoveStaleTemporaryFiles(UInt32 folder) {
+  DiskBackend& disk = ActiveDiskBackend();
+  int listing;
+  if (disk.Open(HeldDescriptor(folder), ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC, 0, listing) != 0)
+    return;
+  DIR* entries = fdopendir(listing);
+  if (entries == nullptr) {
+    close(listing);
+    return;
+  }
   const time_t staleBefore = time(nullptr) - kStaleSeconds;
+  const uid_t user = geteuid();
   while (const dirent* entry = readdir(entries)) {
-    struct stat status;
-    if (IsTemporaryName(entry->d_name) &&
-        fstatat(dirfd(entries), entry->d_name, &status, AT_SYMLINK_NOFOLLOW) == 0 &&
-        S_ISREG(status.st_mode) && status.st_mtime < staleBefore)
-      unlinkat(dirfd(entries), entry->d_name, 0);
+    struct statx status;
+    if (IsMadeTemporaryName(entry->d_name) &&
+        disk.Look(dirfd(entries), entry->d_name, AT_SYMLINK_NOFOLLOW, status) == 0 &&
+        S_ISREG(status.stx_mode) && status.stx_uid == user &&
+        status.stx_mtime.tv_sec < staleBefore)
+      disk.Remove(dirfd(entries), entry->d_name, false);
   }
   closedir(entries);
 }
 
-bool RememberTemporaryFile(const std::string& path) {
-  const std::string name = NameOf(path);
+bool RememberTemporaryFile(UInt32 folder, const std::string& name) {
   if (name.size() >= sizeof Marked::m_szName) return false;
   SignalsBlocked blocked;
   CatchEndingSignals();
   for (Marked& marked : s_marked) {
     if (marked.m_nFolder >= 0) continue;
-    const int folder = open(FolderOf(path).c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-    if (folder < 0) return false;
+    // A descriptor of its own: the handler cannot know whether a held one is still open.
+    const int fd = fcntl(HeldDescriptor(folder), F_DUPFD_CLOEXEC, 0);
+    if (fd < 0) return false;
     std::memcpy(marked.m_szName, name.c_str(), name.size() + 1);
-    marked.m_nFolder = folder;
+    marked.m_nFolder = fd;
     return true;
   }
   return false;
 }
 
-void ForgetTemporaryFile(const std::string& path) {
-  const std::string name = NameOf(path);
+void ForgetTemporaryFile(const std::string& name) {
   SignalsBlocked blocked;
   for (Marked& marked : s_marked) {
     if (marked.m_nFolder < 0 || name != marked.m_szName) continue;

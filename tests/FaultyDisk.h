@@ -1,6 +1,7 @@
 // FaultyDisk.h: a disk that fails one chosen call, for the faults a real disk will not produce on
 // demand (a read error, a full disk in mid-write, a failed flush or rename), and that runs a
-// test's hook before each write, to act while a file is half written.
+// test's hook before each call, to act while a file is half written or to change the disk between
+// two calls.
 #pragma once
 
 #include <cerrno>
@@ -8,7 +9,19 @@
 
 #include "platform/DiskBackend.h"
 
-enum class DiskCall { kRead, kWrite, kReserve, kFlush, kRename, kCount };
+enum class DiskCall {
+  kRead,
+  kWrite,
+  kReserve,
+  kFlush,
+  kOpen,
+  kLook,
+  kMakeFolder,
+  kRemove,
+  kRename,
+  kReadLink,
+  kCount
+};
 
 class FaultyDisk : public DiskBackend {
  public:
@@ -20,7 +33,7 @@ class FaultyDisk : public DiskBackend {
   // Whether the call chosen to fail was made.
   bool Failed() const { return m_bFailed; }
 
-  std::function<void()> m_beforeWrite;
+  std::function<void(DiskCall)> m_beforeCall;
   std::size_t m_nBytesRead = 0;
 
   int Read(int fd, void* buffer, std::size_t count, std::size_t& moved) override {
@@ -30,19 +43,37 @@ class FaultyDisk : public DiskBackend {
     return error;
   }
   int Write(int fd, const void* buffer, std::size_t count, std::size_t& moved) override {
-    if (m_beforeWrite) m_beforeWrite();
     return Fails(DiskCall::kWrite) ? m_nError : DiskBackend::Write(fd, buffer, count, moved);
   }
   int Reserve(int fd, std::int64_t offset, std::int64_t length) override {
     return Fails(DiskCall::kReserve) ? m_nError : DiskBackend::Reserve(fd, offset, length);
   }
   int Flush(int fd) override { return Fails(DiskCall::kFlush) ? m_nError : DiskBackend::Flush(fd); }
-  int Rename(const char* from, const char* to, bool replace) override {
-    return Fails(DiskCall::kRename) ? m_nError : DiskBackend::Rename(from, to, replace);
+  int Open(int folder, const char* name, int flags, mode_t mode, int& fd) override {
+    return Fails(DiskCall::kOpen) ? m_nError : DiskBackend::Open(folder, name, flags, mode, fd);
+  }
+  int Look(int folder, const char* name, int flags, struct statx& status) override {
+    return Fails(DiskCall::kLook) ? m_nError : DiskBackend::Look(folder, name, flags, status);
+  }
+  int MakeFolder(int folder, const char* name, mode_t mode) override {
+    return Fails(DiskCall::kMakeFolder) ? m_nError : DiskBackend::MakeFolder(folder, name, mode);
+  }
+  int Remove(int folder, const char* name, bool isFolder) override {
+    return Fails(DiskCall::kRemove) ? m_nError : DiskBackend::Remove(folder, name, isFolder);
+  }
+  int Rename(int fromFolder, const char* fromName, int toFolder, const char* toName,
+             bool replace) override {
+    return Fails(DiskCall::kRename)
+               ? m_nError
+               : DiskBackend::Rename(fromFolder, fromName, toFolder, toName, replace);
+  }
+  int ReadLink(int folder, const char* name, std::string& target) override {
+    return Fails(DiskCall::kReadLink) ? m_nError : DiskBackend::ReadLink(folder, name, target);
   }
 
  private:
   bool Fails(DiskCall call) {
+    if (m_beforeCall) m_beforeCall(call);
     if (call != m_call || ++m_nCalls != m_nNth) return false;
     m_bFailed = true;
     return true;

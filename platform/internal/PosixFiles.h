@@ -1,22 +1,43 @@
 // PosixFiles.h: how a file reference maps onto POSIX, shared by the File Manager sources of
-// platform/: the identity an FSRef carries, the process-wide table of the paths it points into,
-// and the one translation of errno into Mac status codes. Only platform/ includes this header.
+// platform/: the folders this process holds open, what a reference records of its object, and the
+// one translation of errno into Mac status codes. Only platform/ includes this header.
+//
+// A folder, once found, is held open for the rest of the process, and every call that works inside
+// it goes through that handle (openat, mkdirat, renameat2, unlinkat, fstatat) with the name alone,
+// never following a link there. Swapping any folder on the way for a link, or for another folder,
+// after it was found changes nothing of where a call reads or writes.
 #pragma once
 
 #include <string>
 
 #include "platform/Files.h"
 
-// What a reference records of its object and what a look-up of the object finds on disk.
-struct ObjectOnDisk {
-  std::string m_strPath;  // absolute, no "." or ".." components, no links but maybe the last
+// No held folder: the place of the root, and of a folder whose place is read back when asked.
+inline constexpr UInt32 kNoFolder = 0xFFFFFFFF;
+
+// What tells one object from every other, however it is reached. The birth time, where the file
+// system keeps one, tells a new object from a deleted one whose inode it reuses.
+struct ObjectIdentity {
   UInt64 m_nDevice = 0;
   UInt64 m_nInode = 0;
-  SInt64 m_nBirthSeconds = 0;      // birth time, where the file system keeps one: it tells a new
-  UInt32 m_nBirthNanoseconds = 0;  // object apart from a deleted one whose inode it reuses
+  SInt64 m_nBirthSeconds = 0;
+  UInt32 m_nBirthNanoseconds = 0;
   bool m_bHasBirthTime = false;
+
+  bool operator==(const ObjectIdentity&) const = default;
+};
+
+// An object as one look at it found it, and where it was found.
+struct ObjectOnDisk {
+  UInt32 m_nFolder = kNoFolder;  // the held folder that holds it
+  std::string m_strName;         // its name there, one component
+  UInt32 m_nSelf = kNoFolder;    // a folder's own handle, held from the moment it was found
+  ObjectIdentity m_identity;
   bool m_bIsDirectory = false;
   bool m_bIsRegularFile = false;  // neither a folder nor a link, pipe, socket or device
+  bool m_bIsLink = false;
+  UInt32 m_nOwner = 0;
+  UInt64 m_nLinkCount = 0;
   UInt64 m_nSize = 0;
   UInt64 m_nAllocated = 0;  // bytes of disk space
   SInt64 m_nModifiedSeconds = 0;
@@ -31,30 +52,72 @@ bool UserBaseFolder(const char* variable, const char* underHome, std::string& pa
 // The Mac status for a failed POSIX call's errno.
 OSErr MacErrorFromErrno(int error);
 
-// Reads what lies at `path` now, without following a link there; an errno value on failure.
-int LookAtPath(const std::string& path, ObjectOnDisk& object);
+// The descriptor of a held folder; -1 for kNoFolder and for a folder let go once it was deleted.
+int HeldDescriptor(UInt32 folder);
 
-// Writes a reference to `object` (as LookAtPath found it) into `ref`.
+// Looks at `name` in the held folder `folder` without following a link there and without holding
+// anything: to check a reference, or a name about to be used. 0 or an errno value.
+int LookAt(UInt32 folder, const std::string& name, ObjectOnDisk& object);
+
+// Looks at the held folder `self` itself; ENOENT once it has been removed.
+int LookAtHeld(UInt32 self, ObjectOnDisk& object);
+
+// Looks at what the descriptor `fd` was opened on; where it lies is left to the caller.
+int LookAtDescriptor(int fd, ObjectOnDisk& object);
+
+// Finds `name` in the held folder `folder` for a new reference: a folder there is held from this
+// very look, so that what is held is what was looked at. 0 or an errno value.
+int Find(UInt32 folder, const std::string& name, ObjectOnDisk& object);
+
+// The object behind `fd`, a descriptor opened with O_PATH by a path (or through a link), for a new
+// reference; the call takes `fd` over. A folder is held; anything else is found again in its
+// folder by its name there. A Mac status.
+OSErr FindOpened(int fd, ObjectOnDisk& object);
+
+// Writes a reference to `object` into `ref`.
 void MakeReference(const ObjectOnDisk& object, FSRef* ref);
 
 // The object that `ref` names, checked against the disk: nsvErr for a reference that names
-// nothing, fnfErr when its object is gone or replaced.
+// nothing, fnfErr when its object is gone or replaced. A held folder answers wherever it went.
 OSErr ResolveReference(const FSRef* ref, ObjectOnDisk& object);
+
+// The same for a reference given as a folder: dirNFErr when it is gone or is no folder.
+OSErr ResolveFolder(const FSRef* ref, ObjectOnDisk& folder);
+
+// Makes sure that `object`'s folder and name are where it is now: a folder may have been moved
+// since it was found, or found by path. The root has no folder. fnfErr when it is gone.
+OSErr Locate(ObjectOnDisk& object);
+
+// Whether `object` is the root folder "/".
+bool IsRoot(const ObjectOnDisk& object);
+
+// The object's absolute path now, as the kernel names its folder. fnfErr when it is gone.
+OSErr CurrentPath(ObjectOnDisk& object, std::string& path);
+
+// A path that reaches `name` inside the held folder `folder` through the descriptor, for the calls
+// that take no folder descriptor (extended attributes); the last component is `name` itself.
+std::string PathThroughHeld(UInt32 folder, const std::string& name = std::string());
+
+// Makes the names in the held folder `folder` durable. A failure is not passed on: it comes after
+// the change, which stands and cannot be taken back.
+void FlushFolder(UInt32 folder);
 
 // Temporary files (TemporaryFiles.cpp), the ones FSCreateTemporaryFile makes.
 
-// Whether a name has the form of a temporary file's; no name of that form is given to users.
+// Whether a name begins as a temporary file's does; no name given by a caller may.
 bool IsTemporaryName(const std::string& component);
 
 // A fresh name of that form, unique to this process and call.
 std::string NewTemporaryName();
 
-// Removes the temporary files in `folder` that have not changed for ten minutes.
-void RemoveStaleTemporaryFiles(const std::string& folder);
+// Removes the temporary files in the held folder `folder` that a killed process left behind: names
+// of exactly the form NewTemporaryName makes, regular files of this user, unchanged for ten
+// minutes.
+void RemoveStaleTemporaryFiles(UInt32 folder);
 
-// Marks the temporary file `path` (made or about to be made) for removal if SIGHUP, SIGINT or
-// SIGTERM ends the process; false when too many are marked already.
-bool RememberTemporaryFile(const std::string& path);
+// Marks the temporary file `name` in the held folder `folder` (made or about to be made) for
+// removal if SIGHUP, SIGINT or SIGTERM ends the process; false when too many are marked already.
+bool RememberTemporaryFile(UInt32 folder, const std::string& name);
 
-// Drops the mark once the file is renamed or deleted; a path never marked is ignored.
-void ForgetTemporaryFile(const std::string& path);
+// Drops the mark once the file is renamed or deleted; a name never marked is ignored.
+void ForgetTemporaryFile(const std::string& name);

@@ -300,7 +300,9 @@ TEST_F(KestrailTest, ASignalInMidWriteKeepsTheInstalledSetting) {
       m_temp.Write(kInstalledWash, "the installed one");
       const auto import = [&] {
         FaultyDisk disk;
-        disk.m_beforeWrite = [signal] { raise(signal); };
+        disk.m_beforeCall = [signal](DiskCall call) {
+          if (call == DiskCall::kWrite) raise(signal);
+        };
         ScopedDiskBackend held(disk);
         m_alerts.m_queAnswers = {kReplace};
         ImportOneSetting(*Ref(file));
@@ -365,8 +367,9 @@ TEST_F(KestrailTest, ANameTakenDuringTheWriteIsAskedAbout) {
     SCOPED_TRACE(answer);
     fs::remove_all(m_temp.Path(kDauberyFolder));
     FaultyDisk disk;
-    disk.m_beforeWrite = [this] {
-      if (!fs::exists(m_temp.Path(kInstalledWash))) m_temp.Write(kInstalledWash, "the other one");
+    disk.m_beforeCall = [this](DiskCall call) {
+      if (call == DiskCall::kWrite && !fs::exists(m_temp.Path(kInstalledWash)))
+        m_temp.Write(kInstalledWash, "the other one");
     };
     ScopedDiskBackend racing(disk);
     m_alerts.m_vecAlerts.clear();

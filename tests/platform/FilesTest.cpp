@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 #include <sys/xattr.h>
+#include <unistd.h>
 
 #include <chrono>
 #include <cstring>
@@ -48,28 +49,34 @@ class FilesTest : public testing::Test {
 };
 
 TEST_F(FilesTest, BadNamesAreRefusedAndNothingLeavesTheFolder) {
-  const std::pair<const char*, std::u16string> cases[] = {
-      {"empty", u""},
-      {"dot", u"."},
-      {"dot dot", u".."},
-      {"slash", u"a/b"},
-      {"NUL", std::u16string(u"a\0b", 3)},
-      {"256 units", std::u16string(256, u'n')},
-      {"lone high surrogate", u"a\xD800"},
-      {"lone low surrogate", u"\xDC00z"},
-      {"a temporary file's", u".kestrail-unfinished-1-1-0"},
+  struct Case {
+    const char* label;
+    std::u16string name;
+    OSErr status;
+  };
+  const Case cases[] = {
+      {"empty", u"", bdNamErr},
+      {"dot", u".", bdNamErr},
+      {"dot dot", u"..", bdNamErr},
+      {"slash", u"a/b", bdNamErr},
+      {"NUL", std::u16string(u"a\0b", 3), bdNamErr},
+      {"lone high surrogate", u"a\xD800", bdNamErr},
+      {"lone low surrogate", u"\xDC00z", bdNamErr},
+      {"a temporary file's", u".kestrail-unfinished-1-1-0", bdNamErr},
+      {"256 units", std::u16string(256, u'n'), errFSNameTooLong},
+      {"256 bytes in UTF-8", std::u16string(128, u'\u00e9'), errFSNameTooLong},
   };
   FSRef existing;
   ASSERT_EQ(noErr, CreateFile(m_inner, u"existing", &existing));
-  for (const auto& [label, text] : cases) {
-    SCOPED_TRACE(label);
-    const std::vector<UniChar> name = Units(text);
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.label);
+    const std::vector<UniChar> name = Units(c.name);
     FSRef ref;
-    EXPECT_EQ(bdNamErr, Child(m_inner, text, ref));
-    EXPECT_EQ(bdNamErr, CreateFile(m_inner, text, &ref));
-    EXPECT_EQ(bdNamErr, FSCreateDirectoryUnicode(&m_inner, name.size(), name.data(), 0, nullptr,
+    EXPECT_EQ(c.status, Child(m_inner, c.name, ref));
+    EXPECT_EQ(c.status, CreateFile(m_inner, c.name, &ref));
+    EXPECT_EQ(c.status, FSCreateDirectoryUnicode(&m_inner, name.size(), name.data(), 0, nullptr,
                                                  &ref, nullptr, nullptr));
-    EXPECT_EQ(bdNamErr, FSRenameUnicode(&existing, name.size(), name.data(), 0, &ref));
+    EXPECT_EQ(c.status, FSRenameUnicode(&existing, name.size(), name.data(), 0, &ref));
   }
   EXPECT_EQ(std::set<std::string>{"inner"}, m_temp.Names("."));
   EXPECT_EQ(std::set<std::string>{"existing"}, m_temp.Names("inner"));
@@ -98,7 +105,8 @@ TEST_F(FilesTest, LookupTellsMissingFromMisuseAndFromGone) {
   EXPECT_EQ(dirNFErr, CreateFile(deleted, u"x", &ref));
 }
 
-// References compare by object, through links; and links inside the folder lead nowhere outside.
+// References compare by object, through links; links inside the folder lead nowhere outside unless
+// resolved, and only a link of the user's own (or root's) is resolved.
 TEST_F(FilesTest, Links) {
   m_temp.Write("inner/target", "x");
   fs::create_symlink("target", m_temp.Path("inner/soft"));
@@ -106,7 +114,7 @@ TEST_F(FilesTest, Links) {
   fs::create_directory(m_temp.Path("outside"));
   fs::create_directory_symlink(m_temp.Path("outside"), m_temp.Path("inner/folder-link"));
   fs::create_symlink(m_temp.Path("outside/planted"), m_temp.Path("inner/dangling"));
-  FSRef target, viaPath, hard, link, folderLink, ref;
+  FSRef target, viaPath, hard, link, folderLink, outside, ref;
   ASSERT_EQ(noErr, Child(m_inner, u"target", target));
   ASSERT_EQ(noErr, PathRef(m_temp.Path("inner/soft"), viaPath));
   ASSERT_EQ(noErr, Child(m_inner, u"hard", hard));
@@ -118,6 +126,64 @@ TEST_F(FilesTest, Links) {
   EXPECT_EQ(dirNFErr, CreateFile(folderLink, u"x", &ref));
   EXPECT_EQ(dupFNErr, CreateFile(m_inner, u"dangling", &ref));
   EXPECT_TRUE(fs::is_empty(m_temp.Path("outside")));
+
+  ASSERT_EQ(noErr, PathRef(m_temp.Path("outside"), outside));
+  struct Case {
+    const char* label;
+    std::u16string name;
+    bool foreign;  // the link belongs to another user
+    OSErr status;
+    bool aliased, folder;
+  };
+  const Case cases[] = {
+      {"not a link", u"target", false, noErr, false, false},
+      {"a link to a folder", u"folder-link", false, noErr, true, true},
+      {"a link to nothing", u"dangling", false, fnfErr, true, false},
+      {"another user's link", u"folder-link", true, untrustedLinkErr, true, true},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.label);
+    const std::string path = m_temp.Path("inner/") + fs::path(c.name).string();
+    // Only root can give a link away.
+    if (c.foreign && (geteuid() != 0 || lchown(path.c_str(), 4242, 4242) != 0)) continue;
+    ASSERT_EQ(noErr, Child(m_inner, c.name, ref));
+    Boolean aliased = false, folder = false;
+    EXPECT_EQ(c.status, FSResolveAliasFile(&ref, true, &folder, &aliased));
+    EXPECT_EQ(c.aliased, aliased != 0);
+    if (c.status != noErr) continue;
+    EXPECT_EQ(c.folder, folder != 0);
+    if (c.folder) {
+      EXPECT_EQ(noErr, FSCompareFSRefs(&ref, &outside));
+    }
+  }
+}
+
+// A folder, once found, is the one every later call works in: moved, and its place taken by a link
+// to another folder, it still receives what is made in it, and its path says where it is now.
+// Removed, it is gone for its references.
+TEST_F(FilesTest, AFolderFoundIsHeldWhereverItGoes) {
+  const std::vector<UniChar> name = Units(u"held");
+  FSRef held, file;
+  ASSERT_EQ(noErr, FSCreateDirectoryUnicode(&m_inner, name.size(), name.data(), 0, nullptr, &held,
+                                            nullptr, nullptr));
+  fs::create_directory(m_temp.Path("elsewhere"));
+  fs::rename(m_temp.Path("inner/held"), m_temp.Path("moved"));
+  fs::create_directory_symlink(m_temp.Path("elsewhere"), m_temp.Path("inner/held"));
+  ASSERT_EQ(noErr, CreateFile(held, u"made", &file));
+  EXPECT_TRUE(fs::is_empty(m_temp.Path("elsewhere")));
+  EXPECT_TRUE(fs::exists(m_temp.Path("moved/made")));
+  UInt8 path[1024];
+  ASSERT_EQ(noErr, FSRefMakePath(&file, path, sizeof path));
+  EXPECT_EQ(m_temp.Path("moved/made"), reinterpret_cast<const char*>(path));
+  HFSUniStr255 heldName;
+  ASSERT_EQ(noErr, FSGetCatalogInfo(&held, kFSCatInfoNone, nullptr, &heldName, nullptr, nullptr));
+  EXPECT_EQ(u"moved", std::u16string(heldName.unicode, heldName.unicode + heldName.length));
+
+  fs::remove_all(m_temp.Path("moved"));
+  FSRef ref;
+  EXPECT_EQ(fnfErr, Info(held));
+  EXPECT_EQ(fnfErr, Info(file));
+  EXPECT_EQ(dirNFErr, CreateFile(held, u"x", &ref));
 }
 
 TEST_F(FilesTest, CreatedFileCarriesFinderInfoOnDisk) {
@@ -134,18 +200,44 @@ TEST_F(FilesTest, CreatedFileCarriesFinderInfoOnDisk) {
 }
 
 // A temporary file that a killed process left behind goes once it has not changed for ten
-// minutes; a newer one may still have a writer.
+// minutes; a newer one may still have a writer. Only files of exactly the form Kestrail makes, of
+// this user's, are its own: a user's file that merely begins like one stays.
 TEST_F(FilesTest, StaleTemporaryFilesGo) {
+  const std::string prefix = ".kestrail-unfinished-";
   const auto now = fs::file_time_type::clock::now();
-  for (auto [name, age] : {std::pair{"stale", 11}, {"fresh", 9}}) {
-    const std::string path = m_temp.Path("inner/.kestrail-unfinished-") + name;
-    m_temp.Write(path.substr(m_temp.Path().size() + 1), "x");
-    fs::last_write_time(path, now - std::chrono::minutes(age));
+  struct Case {
+    std::string name;
+    int minutes;
+    bool folder, otherOwner, goes;
+  };
+  const Case cases[] = {
+      {prefix + "41-7-0123456789abcdef", 11, false, false, true},
+      {prefix + "42-7-0123456789abcdef", 9, false, false, false},
+      {prefix + "notes.txt", 60, false, false, false},
+      {prefix + "43-7-0123456789ABCDEF", 60, false, false, false},
+      {prefix + "44-7-0123456789abcdef0", 60, false, false, false},
+      {prefix + "45-7-0123456789abcdef", 60, true, false, false},
+      {prefix + "46-7-0123456789abcdef", 60, false, true, false},
+  };
+  std::set<std::string> staying;
+  for (const Case& c : cases) {
+    const std::string path = m_temp.Path("inner/" + c.name);
+    if (c.folder)
+      fs::create_directory(path);
+    else
+      m_temp.Write("inner/" + c.name, "x");
+    // Only root can give a file away; others have no one else's file to tell apart.
+    if (c.otherOwner && (geteuid() != 0 || lchown(path.c_str(), 4242, 4242) != 0)) {
+      fs::remove(path);
+      continue;
+    }
+    fs::last_write_time(path, now - std::chrono::minutes(c.minutes));
+    if (!c.goes) staying.insert(c.name);
   }
   FSRef temporary;
   ASSERT_EQ(noErr, FSCreateTemporaryFile(&m_inner, kFSCatInfoNone, nullptr, &temporary));
   ASSERT_EQ(noErr, FSDeleteObject(&temporary));
-  EXPECT_EQ(std::set<std::string>{".kestrail-unfinished-fresh"}, m_temp.Names("inner"));
+  EXPECT_EQ(staying, m_temp.Names("inner"));
 }
 
 TEST_F(FilesTest, ApplicationSupportFollowsTheDesktopBaseDirectory) {
