@@ -207,9 +207,11 @@ int ConfirmFileReplace(const TString& fileName) {
   auto question = CFHold(CopyLocalizedString(CFSTR_LOCALIZABLE("Confirm Replace Message")));
   if (question == nullptr) OV_AssertFailed(kSourceFile, __LINE__, "ConfirmFileReplace");
 
+  // The name is the file's own: shown so that it cannot pass for more of the question.
   const TString questionTemplate = TextOf(question.get());
+  const TString shownName = ShownName(fileName);
   auto message = CFHold(
-      CreateCFStringRefFromTString(TStringParamReplace(&questionTemplate, fileName.c_str())));
+      CreateCFStringRefFromTString(TStringParamReplace(&questionTemplate, shownName.c_str())));
   if (message == nullptr) OV_AssertFailed(kSourceFile, __LINE__, "ConfirmFileReplace");
 
   // Keeping the existing file is both the default and the cancel answer, so that neither Return
@@ -246,7 +248,8 @@ CFStringRef GetSuccessMessage(FSRef* installedFile) {
   auto success = CFHold(CopyLocalizedString(CFSTR_LOCALIZABLE("Success")));
   if (success == nullptr) return nullptr;
   const TString successTemplate = CreateTStringFromCFStringRef(success.get());
-  return CreateCFStringRefFromTString(TStringParamReplace(&successTemplate, pathText.c_str()));
+  const TString shownPath = ShownName(pathText);
+  return CreateCFStringRefFromTString(TStringParamReplace(&successTemplate, shownPath.c_str()));
 }
 
 int AskUserForGlimmerboxFolder(OVFileSystemReference& folder) {

@@ -47,18 +47,11 @@ bool RefFromPath(const std::string& path, OVFileSystemReference& ref) {
   return FSPathMakeRef(reinterpret_cast<const UInt8*>(path.c_str()), ref, nullptr) == noErr;
 }
 
-// A filter name as the user can read it: bytes that are not printable ASCII shown as \xNN.
+// A filter name as the user can read it. The name is the file's first bytes, each one character,
+// so it reads as those bytes would on the terminal: UTF-8 letters as they are, control and format
+// characters and bytes that are not UTF-8 as escapes.
 std::string Printable(const TString& name) {
-  static const char digits[] = "0123456789ABCDEF";
-  std::string text;
-  for (wchar_t c : name) {
-    if (c >= 0x20 && c < 0x7F) {
-      text += static_cast<char>(c);
-    } else {
-      text += {'\\', 'x', digits[(c >> 4) & 15], digits[c & 15]};
-    }
-  }
-  return text;
+  return TerminalText(std::string(name.begin(), name.end()));
 }
 
 // Packages one file; false, with the reason on standard error, when it cannot.

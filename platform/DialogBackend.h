@@ -49,13 +49,15 @@ DialogBackend& ActiveDialogBackend();
 using ScopedDialogBackend = ScopedBackend<DialogBackend>;
 
 // Writes each alert's texts to `out` (stop alerts, which report failed checks, to `err`) with its
-// buttons, control characters shown as escapes, and reads one line of answer from `in`: a label
-// in any case, or its first letter when no other label starts with it; an empty line or the end
-// of input picks the default button. Anything else, a line over 4 KiB included, is asked again,
-// with the accepted answers spelled out, up to ten times; then the default button is taken.
-// A folder is chosen by typing its path on one line; a leading "~" stands for the home folder.
-// An empty line or the end of input cancels; a path that names no folder is asked for again, up
-// to ten times; then the question cancels.
+// buttons, as TerminalText shows them and without the isolation marks U+2068 and U+2069, and reads
+// one line of answer from `in`: a label in any case, or its first letter when no other label
+// starts with it; an empty line or the end of input picks the default button. Anything else is
+// asked again, with the accepted answers spelled out, up to ten times; then the default button is
+// taken. A folder is chosen by typing its path on one line; a leading "~" stands for the home
+// folder. An empty line or the end of input cancels; a path that names no folder is asked for
+// again, up to ten times; then the question cancels. No answer is read past 4096 bytes: when
+// that many come without a line end, the alert takes its default button and the folder question
+// cancels at once, each saying so in one line, as after the ten tries.
 class TextDialogBackend : public DialogBackend {
  public:
   TextDialogBackend(std::istream& in, std::ostream& out, std::ostream& err);

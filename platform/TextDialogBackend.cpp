@@ -9,7 +9,6 @@
 #include <cstring>
 #include <initializer_list>
 #include <istream>
-#include <limits>
 #include <ostream>
 #include <string>
 
@@ -19,7 +18,8 @@
 
 namespace {
 
-// An answer is a label or a path: longer lines are not answers, and are not kept.
+// An answer is a label or a path, and a path has at most 4095 bytes: a line of this many bytes,
+// its line end included, is the most that is read for an answer.
 const std::size_t kLongestAnswer = 4096;
 // Whatever feeds the terminal (`yes`, a file, a stuck key) gets this many tries in a row; then the
 // question takes its safe answer and stops asking.
@@ -43,22 +43,24 @@ std::string Localized(const char* key, std::initializer_list<std::string> filler
   return result;
 }
 
-// Reads one line of answer; false at the end of input. A line longer than kLongestAnswer is read
-// to its end and comes back empty with `tooLong`.
-bool ReadAnswer(std::istream& in, std::string& line, bool& tooLong) {
+// What ReadAnswer found.
+enum class Answer {
+  kLine,     // a line, its line end not kept; the last one may lack it
+  kEnd,      // the end of input, with nothing before it
+  kTooLong,  // kLongestAnswer bytes without a line end
+};
+
+// Reads one line of answer, never more than kLongestAnswer bytes with its line end: endless input
+// without one (`yes | tr -d '\n'`, /dev/zero) must not hold a question forever.
+Answer ReadAnswer(std::istream& in, std::string& line) {
   line.clear();
-  tooLong = false;
-  for (int c = in.get(); c != std::char_traits<char>::eof(); c = in.get()) {
-    if (c == '\n') return true;
-    if (line.size() == kLongestAnswer) {
-      in.ignore(std::numeric_limits<std::streamsize>::max(), '\n');
-      line.clear();
-      tooLong = true;
-      return true;
-    }
+  for (std::size_t read = 0; read < kLongestAnswer; ++read) {
+    const int c = in.get();
+    if (c == std::char_traits<char>::eof()) return line.empty() ? Answer::kEnd : Answer::kLine;
+    if (c == '\n') return Answer::kLine;
     line += static_cast<char>(c);
   }
-  return !line.empty();  // a last line without its line end still counts
+  return Answer::kTooLong;
 }
 
 std::string Trimmed(const std::string& line) {
@@ -150,8 +152,9 @@ TextDialogBackend::TextDialogBackend(std::istream& in, std::ostream& out, std::o
 
 DialogItemIndex TextDialogBackend::RunAlert(const AlertDescription& alert) {
   std::ostream& out = alert.m_nKind == kAlertStopAlert ? m_err : m_out;
-  out << '\n' << TerminalText(alert.m_strMessage) << '\n';
-  if (!alert.m_strExplanation.empty()) out << TerminalText(alert.m_strExplanation) << '\n';
+  out << '\n' << TerminalMessage(alert.m_strMessage) << '\n';
+  if (!alert.m_strExplanation.empty())
+    out << TerminalMessage(alert.m_strExplanation) << '\n';
   const std::string labels = ListOfLabels(alert);
   const std::string defaultLabel = DefaultLabel(alert);
   // Translators: the prompt after an alert's texts on the terminal. %0 lists the buttons' titles;
@@ -159,13 +162,22 @@ DialogItemIndex TextDialogBackend::RunAlert(const AlertDescription& alert) {
   out << Localized(LOCALIZABLE_TEXT("Answer %0 [%1]: "), {labels, defaultLabel}) << std::flush;
   for (int tries = 1;; ++tries) {
     std::string line;
-    bool tooLong;
+    const Answer answer = ReadAnswer(m_in, line);
     // With nobody left to answer, the default button is the answer the alert was made to expect.
-    if (!ReadAnswer(m_in, line, tooLong)) {
+    if (answer == Answer::kEnd) {
       out << '\n';
       return alert.m_nDefaultItem;
     }
-    const DialogItemIndex item = tooLong ? 0 : ItemForAnswer(Trimmed(line), alert);
+    // A terminal's own line editing stops short of that many bytes: this is no one typing.
+    if (answer == Answer::kTooLong) {
+      // Translators: said when %0 bytes (always 4096) came on the terminal without a line end,
+      // so no one is answering; %1 is the title of the button taken.
+      out << Localized(LOCALIZABLE_TEXT("No line end in %0 bytes; taking %1."),
+                       {std::to_string(kLongestAnswer), defaultLabel})
+          << '\n';
+      return alert.m_nDefaultItem;
+    }
+    const DialogItemIndex item = ItemForAnswer(Trimmed(line), alert);
     if (item != 0) return item;
     if (tries == kTries) {
       // Translators: %0 is the number of tries, always 10; %1 is the title of the button taken.
@@ -185,27 +197,32 @@ DialogItemIndex TextDialogBackend::RunAlert(const AlertDescription& alert) {
 
 std::optional<std::string> TextDialogBackend::ChooseFolder(const std::string& message) {
   m_out << '\n';
-  if (!message.empty()) m_out << TerminalText(message) << '\n';
+  if (!message.empty()) m_out << TerminalMessage(message) << '\n';
   m_out << Localized(kFolderPrompt) << std::flush;
   for (int tries = 1;; ++tries) {
     std::string line;
-    bool tooLong;
-    if (!ReadAnswer(m_in, line, tooLong)) {
+    const Answer answer = ReadAnswer(m_in, line);
+    if (answer == Answer::kEnd) {
       m_out << '\n';
       return std::nullopt;
     }
+    if (answer == Answer::kTooLong) {
+      // Translators: said when %0 bytes (always 4096) came on the terminal without a line end,
+      // so no one is answering the folder question.
+      m_out << Localized(LOCALIZABLE_TEXT("No line end in %0 bytes; cancelled."),
+                         {std::to_string(kLongestAnswer)})
+            << '\n';
+      return std::nullopt;
+    }
     const std::string typed = Trimmed(line);
-    if (typed.empty() && !tooLong) return std::nullopt;
+    if (typed.empty()) return std::nullopt;
     const std::string path = ExpandHome(typed);
     struct stat status;
-    const bool exists = !tooLong && stat(path.c_str(), &status) == 0;
+    const bool exists = stat(path.c_str(), &status) == 0;
     if (exists && S_ISDIR(status.st_mode)) return path;
     // Taken at once: looking up a text may change errno.
-    const int reason = tooLong ? ENAMETOOLONG : exists ? ENOTDIR : errno;
-    // Translators: shown in place of a path that was too long, before the reason.
-    m_out << (tooLong ? Localized(LOCALIZABLE_TEXT("(a line too long to be a path)"))
-                      : TerminalText(path))
-          << ": " << std::strerror(reason) << '\n';
+    const int reason = exists ? ENOTDIR : errno;
+    m_out << TerminalText(path) << ": " << std::strerror(reason) << '\n';
     if (tries == kTries) {
       // Translators: %0 is the number of tries, always 10.
       m_out << Localized(LOCALIZABLE_TEXT("No folder after %0 tries; cancelled."),

@@ -1,6 +1,5 @@
 #include "platform/internal/Unicode.h"
 
-#include "platform/Terminal.h"
 #include "platform/Utf8.h"
 
 namespace {
@@ -89,38 +88,4 @@ bool EncodeSingleByte(const UniChar* units, std::size_t count, bool macRoman, st
     bytes += static_cast<char>(0x80 + high);
   }
   return true;
-}
-
-std::string TerminalText(const std::string& text) {
-  static const char digits[] = "0123456789abcdef";
-  const auto escape = [](std::string& out, const char* form, unsigned value) {
-    out += form;
-    out += digits[value >> 4];
-    out += digits[value & 15];
-  };
-  std::string shown;
-  const UInt8* p = reinterpret_cast<const UInt8*>(text.data());
-  const UInt8* const end = p + text.size();
-  while (p < end) {
-    if (*p < 0x80) {
-      // Tabs, line ends and escape sequences alike could rearrange what the terminal shows.
-      if (*p < 0x20 || *p == 0x7F)
-        escape(shown, "\\x", *p);
-      else
-        shown += static_cast<char>(*p);
-      ++p;
-      continue;
-    }
-    const std::size_t length = Utf8SequenceLength(p, end);
-    if (length == 0) {
-      escape(shown, "\\x", *p++);  // not UTF-8: a terminal may take a lone byte as a control
-    } else if (length == 2 && p[0] == 0xC2 && p[1] < 0xA0) {
-      escape(shown, "\\u00", p[1]);  // U+0080 to U+009F, the second set of controls
-      p += 2;
-    } else {
-      shown.append(reinterpret_cast<const char*>(p), length);
-      p += length;
-    }
-  }
-  return shown;
 }

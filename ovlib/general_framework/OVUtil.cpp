@@ -8,6 +8,7 @@
 #include "platform/CFHolder.h"
 #include "platform/CoreFoundation.h"
 #include "platform/Memory.h"
+#include "platform/Terminal.h"
 #include "platform/Utf8.h"
 
 namespace {
@@ -50,8 +51,9 @@ int ConvertFileBufferToWString(const std::vector<unsigned char>& buffer, TString
     }
     return 0;
   }
-  // Bytes that are not UTF-8 give an empty text, as the converter's refusal does.
-  if (!DecodeUtf8(buffer.data(), buffer.data() + buffer.size(), text)) text.clear();
+  // Bytes that are not UTF-8 give an empty text, as the converter's refusal does, and the room
+  // made for the text goes back at once.
+  if (!DecodeUtf8(buffer.data(), buffer.data() + buffer.size(), text)) TString().swap(text);
   return 0;
 }
 
@@ -95,6 +97,30 @@ TString TStringParamReplaceCounted(const TString* templateText, const wchar_t* c
   return result;
 }
 
+TString ShownName(const TString& name) {
+  // A message reaches the platform with each character cut to one UTF-16 unit, its low 16 bits
+  // (MacUtil's conversions). The name is read the same way, so that a character above U+FFFF
+  // cannot bring in a control through its low bits; a surrogate pair is one character.
+  const auto unitAt = [&name](std::size_t i) {
+    return i < name.size() ? static_cast<UInt32>(name[i]) & 0xFFFF : 0;
+  };
+  TString shown = L"\u2068";
+  for (std::size_t i = 0; i < name.size(); ++i) {
+    const UInt32 unit = unitAt(i), next = unitAt(i + 1);
+    const bool paired = unit >= 0xD800 && unit <= 0xDBFF && next >= 0xDC00 && next <= 0xDFFF;
+    const UInt32 character = paired ? 0x10000 + ((unit - 0xD800) << 10) + (next - 0xDC00) : unit;
+    if (IsShownAsEscape(character)) {
+      const std::string escape = CharacterEscape(character);
+      shown.append(escape.begin(), escape.end());
+    } else {
+      shown += static_cast<wchar_t>(unit);
+      if (paired) shown += static_cast<wchar_t>(next);
+    }
+    if (paired) ++i;
+  }
+  return shown + L"\u2069";
+}
+
 bool FilenameHasExtension(const TString& fileName, const TString& extension) {
   const std::size_t dot = fileName.rfind(L'.');
   return dot != TString::npos && fileName.compare(dot + 1, TString::npos, extension) == 0;
@@ -114,7 +140,7 @@ short ByteSwap(short value) {
 
 int checked_fclose(FILE* stream) { return stream == nullptr ? 0 : std::fclose(stream); }
 
-TString ConvertToTString(const std::wstring& text) { return text; }
+TString ConvertToTString(std::wstring text) { return text; }
 
 TString ConvertToTString(const std::string& text) {
   return ConvertCharStringToWideCharString(text);

@@ -1,5 +1,6 @@
-// OVUtil.h: whole files to text and back, numbered markers in message templates, and conversions
-// between the string flavours of the library. Platform string types stay in MacUtil.h.
+// OVUtil.h: whole files to text and back, message templates (their numbered markers and the
+// names filled into them), and conversions between the string flavours of the library. Platform
+// string types stay in MacUtil.h.
 #pragma once
 
 #include <cstddef>
@@ -39,6 +40,14 @@ TString TStringParamReplace(const TString* templateText, Texts... texts) {
   return TStringParamReplaceCounted(templateText, all, sizeof...(texts));
 }
 
+// A name that comes from a file (a setting's name, a file's name or path) as a message shows it,
+// so that it cannot pass for other text there: each control and format character
+// (IsShownAsEscape of platform/Terminal.h) as its escape ("\x0a", "\u202e", "\U000e0001"), and
+// the whole wrapped in U+2068 FIRST STRONG ISOLATE and U+2069 POP DIRECTIONAL ISOLATE, so that in
+// a window a name of right-to-left letters cannot reorder the message around it. The terminal's
+// dialogs leave the two marks out.
+TString ShownName(const TString& name);
+
 // Whether the text after the last full stop of `fileName` is `extension`, case-sensitively.
 bool FilenameHasExtension(const TString& fileName, const TString& extension);
 
@@ -48,7 +57,8 @@ short ByteSwap(short value);
 // 0 for a null stream, else what closing it returns.
 int checked_fclose(FILE* stream);
 
-TString ConvertToTString(const std::wstring& text);
+// Takes a temporary over rather than copying it: a setting's name may be large.
+TString ConvertToTString(std::wstring text);
 // Reads `text` as ASCII; text that is not ASCII gives an empty TString.
 TString ConvertToTString(const std::string& text);
 std::wstring ConvertToWideCharString(const TString& text);

@@ -67,6 +67,29 @@ TEST(TStringParamReplaceTest, FillsFirstOccurrenceOfEachMarkerInTurn) {
                                                  L"h", L"i", L"j", L"k"));
 }
 
+// A name is isolated whole, and nothing in it can end the isolation early or break the message.
+TEST(ShownNameTest, EscapesControlAndFormatCharactersAndIsolatesTheName) {
+  struct Case {
+    const char* label;
+    TString name;
+    TString shown;  // between the isolation marks
+  };
+  const Case cases[] = {
+      {"lines and a reversal", L"a.xml\nReplace it.\u202Elmx.b",
+       L"a.xml\\x0aReplace it.\\u202elmx.b"},
+      {"a mark that would end the isolation", L"a\u2069b\u2068", L"a\\u2069b\\u2068"},
+      {"a tag as a surrogate pair", TString{L'a', 0xDB40, 0xDC01}, L"a\\U000e0001"},
+      // A character above U+FFFF reaches the window as its low 16 bits, here a line feed.
+      {"a line feed in the low bits", TString{L'a', 0x1000A}, L"a\\x0a"},
+      {"letters, marks and emoji kept", TString{0x5E9, L'e', 0x301, 0xD83D, 0xDE00},
+       TString{0x5E9, L'e', 0x301, 0xD83D, 0xDE00}},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.label);
+    EXPECT_EQ(L"\u2068" + c.shown + L"\u2069", ShownName(c.name));
+  }
+}
+
 TEST(FilenameHasExtensionTest, ComparesTheTextAfterTheLastStop) {
   EXPECT_TRUE(FilenameHasExtension(L"a.B.f1s", L"f1s"));
   EXPECT_FALSE(FilenameHasExtension(L"a.B.f1s", L"F1S"));  // case matters
