@@ -137,6 +137,11 @@ std::size_t Hash(std::wstring_view name) {
 
 }  // namespace
 
+void ReleaseSpareBlocks() {
+  FreeBlocks(t_spares.blocks);
+  t_spares.blocks = nullptr;
+}
+
 Arena::~Arena() {
   ArenaBlock* blocks = m_pBlocks;
   if (!KESTRAIL_KEEP_SPARE_BLOCKS || t_spares.gone) {
@@ -193,6 +198,14 @@ const StoredText& Arena::Copy(std::wstring_view text) {
   stored->narrow = 1;
   auto* bytes = const_cast<unsigned char*>(stored->Bytes());
   for (std::size_t i = 0; i < text.size(); ++i) bytes[i] = static_cast<unsigned char>(text[i]);
+  return *stored;
+}
+
+StoredText& Arena::MakeText(std::size_t length, bool narrow) {
+  auto* stored = static_cast<StoredText*>(
+      Allocate(sizeof(StoredText) + length * (narrow ? 1 : sizeof(wchar_t))));
+  stored->length = static_cast<std::uint32_t>(length);
+  stored->narrow = narrow;
   return *stored;
 }
 

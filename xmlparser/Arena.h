@@ -31,6 +31,9 @@ class Arena {
   }
   // A copy of `text`, narrow where it can be; the empty text is shared.
   const StoredText& Copy(std::wstring_view text);
+  // Room for a text of `length` characters, one byte each when `narrow`, else four, for the
+  // caller to fill with StoredText::Set; never shared.
+  StoredText& MakeText(std::size_t length, bool narrow);
   // The one copy of `name` in this arena.
   const StoredText& Intern(std::wstring_view name);
 
@@ -48,5 +51,8 @@ class Arena {
   std::vector<const StoredText*> m_names;
   std::size_t m_nNames = 0;
 };
+
+// Frees the blocks this thread keeps for its next document.
+void ReleaseSpareBlocks();
 
 }  // namespace Xml

@@ -25,8 +25,10 @@ class CharacterData : public Node {
   ~CharacterData() override;
 
   // "<![CDATA[" text "]]>", or "<!--" text "-->"; null when none starts here. Text is read by
-  // the element that holds it.
-  static CharacterData* Parse(Parser& parser, NodeContainer& parent) requires(Kind != NODE_TEXT);
+  // the element that holds it: only these two kinds define Parse (below). Not a requires-clause:
+  // clang 14, which builds the fuzz targets, matches no explicit specialization to a constrained
+  // member.
+  static CharacterData* Parse(Parser& parser, NodeContainer& parent);
 
   TString GetData() const override { return m_pText->ToString(); }
   TString GetValue() const override { return m_pText->ToString(); }
@@ -80,8 +82,8 @@ class Pi : public Node {
 
   // "<?" target, data "?>"; null when no processing instruction starts here.
   static Pi* Parse(Parser& parser, NodeContainer& parent);
-  // A name that is not "xml" in any mix of cases (error 25).
-  static bool ParsePITarget(Parser& parser, TString& target);
+  // A name that is not "xml" in any mix of cases (error 25), as a view into the parser's text.
+  static bool ParsePITarget(Parser& parser, std::wstring_view& target);
 
   TString GetData() const override { return m_pData->ToString(); }
   TString GetValue() const override { return m_pData->ToString(); }

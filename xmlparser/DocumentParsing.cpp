@@ -37,6 +37,14 @@ bool ParsePseudoAttribute(Parser& parser, const wchar_t* keyword, PARSER_ERROR q
   return true;
 }
 
+// A value of the XML declaration, kept in `value` unless the parse keeps only a selection of the
+// document: a long one would cost four times its length in the text and as much again here.
+bool ParseDeclValue(Parser& parser, bool (*isFirst)(wchar_t), bool (*isRest)(wchar_t),
+                    TString& value) {
+  if (parser.m_pSelection != nullptr) return Private::SkipRun(parser, isFirst, isRest);
+  return Private::ParseRun(parser, isFirst, isRest, value);
+}
+
 }  // namespace
 
 Document* Document::Parse(Parser& parser) {
@@ -80,7 +88,7 @@ bool Document::ParseVersionInfo(Parser& parser, TString& version) {
 }
 
 bool Document::ParseVersionNum(Parser& parser, TString& version) {
-  return Private::ParseRun(parser, IsVersionChar, IsVersionChar, version);
+  return ParseDeclValue(parser, IsVersionChar, IsVersionChar, version);
 }
 
 bool Document::ParseEncodingDecl(Parser& parser, TString& encoding) {
@@ -89,7 +97,7 @@ bool Document::ParseEncodingDecl(Parser& parser, TString& encoding) {
 }
 
 bool Document::ParseEncName(Parser& parser, TString& encoding) {
-  return Private::ParseRun(parser, IsAsciiLetter, IsEncodingChar, encoding);
+  return ParseDeclValue(parser, IsAsciiLetter, IsEncodingChar, encoding);
 }
 
 bool Document::ParseSDDecl(Parser& parser, bool& standalone) {
@@ -103,7 +111,9 @@ bool Document::ParseSDDecl(Parser& parser, bool& standalone) {
 }
 
 bool Document::ParseMisc(Parser& parser) {
-  if (Node* markup = Private::ParseCommentOrPi(parser, *this)) {
+  if (parser.m_pSelection != nullptr) {
+    if (Private::ReadCommentOrPi(parser)) return true;
+  } else if (Node* markup = Private::ParseCommentOrPi(parser, *this)) {
     Append(markup);
     return true;
   }
@@ -116,8 +126,12 @@ void Document::ParseMiscs(Parser& parser) {
 }
 
 void Document::ParseRootElement(Parser& parser) {
-  Element* root = Element::Parse(parser, *this);
-  if (root == nullptr) parser.SyntaxError(PARSE_NO_ROOT);
+  Element* root = nullptr;
+  const bool read = parser.m_pSelection != nullptr
+                        ? Element::ParseSelected(parser, *this, *parser.m_pSelection, root)
+                        : (root = Element::Parse(parser, *this)) != nullptr;
+  if (!read) parser.SyntaxError(PARSE_NO_ROOT);
+  if (root == nullptr) return;  // read, but not among the roots selected
   Append(root);
   m_pRoot = root;
 }

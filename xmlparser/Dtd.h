@@ -2,7 +2,7 @@
 // is checked for form and skipped, and nothing of it is kept.
 #pragma once
 
-#include <vector>
+#include <deque>
 
 namespace Xml {
 
@@ -25,11 +25,11 @@ class Dtd {
   bool ParseMixed(Parser& parser);
   bool ParseChildren(Parser& parser);
   // A parenthesised choice or sequence. Nested lists are held in an explicit stack of their
-  // separators, innermost last, rather than in recursion.
+  // separators, innermost last, rather than in recursion: one byte a list, however deep.
   bool ParseChoiceSeq(Parser& parser);
   // One content particle: a name with its suffix, or the "(" of a nested list, which is pushed
   // onto `openLists` for ParseChoiceSeq to read.
-  bool ParseCp(Parser& parser, std::vector<wchar_t>& openLists);
+  bool ParseCp(Parser& parser, std::deque<char>& openLists);
   bool ParseAttlistDecl(Parser& parser);
   bool ParseAttDef(Parser& parser);
   bool ParseAttType(Parser& parser);

@@ -1,12 +1,10 @@
 // The grammar of the document type declaration: recognised, checked for form, and dropped.
 #include <cwchar>
-#include <memory>
+#include <deque>
 
-#include "xmlparser/Attribute.h"
 #include "xmlparser/Dtd.h"
 #include "xmlparser/Parser.h"
 #include "xmlparser/Private.h"
-#include "xmlparser/Reference.h"
 
 namespace Xml {
 namespace {
@@ -46,24 +44,22 @@ bool ParseQuoted(Parser& parser, Accept accept) {
 
 // After a "(": names or tokens separated by "|", white space around each, then ")"; any of
 // them missing raises `error`.
-void ParseAlternatives(Parser& parser, bool (Parser::*parseItem)(TString&), PARSER_ERROR error) {
-  TString item;
+void ParseAlternatives(Parser& parser, bool (*skipItem)(Parser&), PARSER_ERROR error) {
   do {
     parser.ParseSpaces();
-    Require(parser, (parser.*parseItem)(item), error);
+    Require(parser, skipItem(parser), error);
     parser.ParseSpaces();
   } while (parser.ParseChar(L'|'));
   Require(parser, parser.ParseChar(L')'), error);
 }
 
-const wchar_t kUnknownSeparator = 0;
+const char kUnknownSeparator = 0;
 
 }  // namespace
 
 bool Dtd::ParseDoctypedecl(Parser& parser) {
   if (!parser.ParseString(L"<!DOCTYPE")) return false;
-  TString name;
-  Require(parser, parser.ParseSpaces() && parser.ParseName(name), PARSE_DOCTYPE_DECL);
+  Require(parser, parser.ParseSpaces() && Private::SkipName(parser), PARSE_DOCTYPE_DECL);
   parser.ParseSpaces();
   if (ParseExternalID(parser)) parser.ParseSpaces();
   if (parser.ParseChar(L'[')) {
@@ -84,9 +80,8 @@ bool Dtd::ParseMarkupdecl(Parser& parser) {
 
 bool Dtd::ParseElementDecl(Parser& parser) {
   if (!parser.ParseString(L"<!ELEMENT")) return false;
-  TString name;
   Require(parser,
-          parser.ParseSpaces() && parser.ParseName(name) && parser.ParseSpaces() &&
+          parser.ParseSpaces() && Private::SkipName(parser) && parser.ParseSpaces() &&
               ParseContentspec(parser),
           PARSE_ELEMENT_DECL);
   parser.ParseSpaces();
@@ -114,8 +109,7 @@ bool Dtd::ParseMixed(Parser& parser) {
     parser.ParseSpaces();
     // A "|" must be followed by a name: "(#PCDATA|)*" lists nothing and is refused like any
     // other missing particle.
-    TString name;
-    Require(parser, parser.ParseName(name), PARSE_CONTENT_PARTICLE);
+    Require(parser, Private::SkipName(parser), PARSE_CONTENT_PARTICLE);
     parser.ParseSpaces();
     if (parser.ParseString(L")*")) return true;
   }
@@ -129,7 +123,7 @@ bool Dtd::ParseChildren(Parser& parser) {
 
 bool Dtd::ParseChoiceSeq(Parser& parser) {
   if (!parser.ParseChar(L'(')) return false;
-  std::vector<wchar_t> openLists{kUnknownSeparator};
+  std::deque<char> openLists{kUnknownSeparator};
   parser.ParseSpaces();
   for (;;) {
     const size_t depth = openLists.size();
@@ -139,12 +133,12 @@ bool Dtd::ParseChoiceSeq(Parser& parser) {
     for (;;) {
       parser.ParseSpaces();
       const wchar_t c = parser.NextChar();
-      wchar_t& separator = openLists.back();
+      char& separator = openLists.back();
       if (separator == kUnknownSeparator && c != L')' && c != 0) {
         // The first separator decides whether the list is a choice or a sequence; anything
         // else there is reported as the plainer case, a sequence missing its comma.
         if (c != L'|' && c != L',') parser.SyntaxError(PARSE_COMMA_EXPECTED);
-        separator = c;
+        separator = static_cast<char>(c);
       }
       if (c == L')') {
         openLists.pop_back();
@@ -162,9 +156,8 @@ bool Dtd::ParseChoiceSeq(Parser& parser) {
   }
 }
 
-bool Dtd::ParseCp(Parser& parser, std::vector<wchar_t>& openLists) {
-  TString name;
-  if (parser.ParseName(name)) {
+bool Dtd::ParseCp(Parser& parser, std::deque<char>& openLists) {
+  if (Private::SkipName(parser)) {
     ParseOccurrenceSuffix(parser);
     return true;
   }
@@ -176,8 +169,7 @@ bool Dtd::ParseCp(Parser& parser, std::vector<wchar_t>& openLists) {
 
 bool Dtd::ParseAttlistDecl(Parser& parser) {
   if (!parser.ParseString(L"<!ATTLIST")) return false;
-  TString name;
-  Require(parser, parser.ParseSpaces() && parser.ParseName(name), PARSE_ATTLIST_DECL);
+  Require(parser, parser.ParseSpaces() && Private::SkipName(parser), PARSE_ATTLIST_DECL);
   while (ParseAttDef(parser)) {
   }
   parser.ParseSpaces();
@@ -188,8 +180,7 @@ bool Dtd::ParseAttlistDecl(Parser& parser) {
 bool Dtd::ParseAttDef(Parser& parser) {
   Bookmark start(parser);
   if (!parser.ParseSpaces()) return false;
-  TString name;
-  if (!parser.ParseName(name)) {
+  if (!Private::SkipName(parser)) {
     start.Restore();
     return false;
   }
@@ -213,13 +204,13 @@ bool Dtd::ParseAttType(Parser& parser) {
 bool Dtd::ParseNotationType(Parser& parser) {
   if (!parser.ParseString(L"NOTATION")) return false;
   Require(parser, parser.ParseSpaces() && parser.ParseChar(L'('), PARSE_NOTATION_TYPE);
-  ParseAlternatives(parser, &Parser::ParseName, PARSE_NOTATION_TYPE);
+  ParseAlternatives(parser, Private::SkipName, PARSE_NOTATION_TYPE);
   return true;
 }
 
 bool Dtd::ParseEnumeration(Parser& parser) {
   if (!parser.ParseChar(L'(')) return false;
-  ParseAlternatives(parser, &Parser::ParseNmtoken, PARSE_ENUMERATION);
+  ParseAlternatives(parser, Private::SkipNmtoken, PARSE_ENUMERATION);
   return true;
 }
 
@@ -227,21 +218,19 @@ bool Dtd::ParseDefaultDecl(Parser& parser) {
   if (parser.ParseString(L"#REQUIRED") || parser.ParseString(L"#IMPLIED")) return true;
   if (parser.ParseString(L"#FIXED")) Require(parser, parser.ParseSpaces(), PARSE_FIXED_DECL);
   // The value is read as an attribute's value is, with the same errors, and dropped.
-  Attribute value(Node::null, L"");
-  return value.ParseAttValue(parser);
+  return Private::SkipAttValue(parser);
 }
 
 bool Dtd::ParseEntityDecl(Parser& parser) {
   if (!parser.ParseString(L"<!ENTITY")) return false;
   Require(parser, parser.ParseSpaces(), PARSE_ENTITY_DECL);
-  TString name;
   if (parser.ParseChar(L'%')) {
     Require(parser,
-            parser.ParseSpaces() && parser.ParseName(name) && parser.ParseSpaces() &&
+            parser.ParseSpaces() && Private::SkipName(parser) && parser.ParseSpaces() &&
                 ParsePEDef(parser),
             PARSE_ENTITY_DECL);
   } else {
-    Require(parser, parser.ParseName(name) && parser.ParseSpaces() && ParseEntityDef(parser),
+    Require(parser, Private::SkipName(parser) && parser.ParseSpaces() && ParseEntityDef(parser),
             PARSE_ENTITY_DECL);
   }
   parser.ParseSpaces();
@@ -265,8 +254,7 @@ bool Dtd::ParseNDataDecl(Parser& parser) {
     start.Restore();
     return false;
   }
-  TString name;
-  Require(parser, parser.ParseSpaces() && parser.ParseName(name), PARSE_NDATA_DECL);
+  Require(parser, parser.ParseSpaces() && Private::SkipName(parser), PARSE_NDATA_DECL);
   return true;
 }
 
@@ -278,9 +266,10 @@ bool Dtd::ParseEntityValue(Parser& parser) {
       parser.PreviousChar();
       ParsePEReference(parser);
     } else if (c == L'&') {
-      // Only the predefined entities may be named, as in content; the node itself is dropped.
+      // Only the predefined entities may be named, as in content.
       parser.PreviousChar();
-      std::unique_ptr<Reference> reference(Reference::Parse(parser, Node::null));
+      wchar_t character;
+      Private::ReadReference(parser, character);
     } else if (c == 0) {
       parser.SyntaxError(PARSE_UNEXPECTED_END);
     } else if (!Private::IsLegal(c)) {
@@ -292,8 +281,7 @@ bool Dtd::ParseEntityValue(Parser& parser) {
 
 bool Dtd::ParseNotationDecl(Parser& parser) {
   if (!parser.ParseString(L"<!NOTATION")) return false;
-  TString name;
-  Require(parser, parser.ParseSpaces() && parser.ParseName(name) && parser.ParseSpaces(),
+  Require(parser, parser.ParseSpaces() && Private::SkipName(parser) && parser.ParseSpaces(),
           PARSE_NOTATION_DECL);
   if (parser.ParseString(L"SYSTEM")) {
     Require(parser, parser.ParseSpaces() && ParseSystemLiteral(parser), PARSE_SYSTEM_LITERAL);
@@ -349,8 +337,7 @@ bool Dtd::ParseSystemLiteral(Parser& parser) {
 
 bool Dtd::ParsePEReference(Parser& parser) {
   if (!parser.ParseChar(L'%')) return false;
-  TString name;
-  Require(parser, parser.ParseName(name) && parser.ParseChar(L';'), PARSE_PE_REFERENCE);
+  Require(parser, Private::SkipName(parser) && parser.ParseChar(L';'), PARSE_PE_REFERENCE);
   return true;
 }
 

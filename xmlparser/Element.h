@@ -13,6 +13,7 @@ namespace Xml {
 class Attribute;
 class Parser;
 class Pi;
+struct RootSelection;
 
 class Element : public NodeContainer {
  public:
@@ -109,6 +110,16 @@ class Element : public NodeContainer {
   void ParseReference(Parser& parser);
   // xml:space="preserve" switches normalisation of this element's value off.
   void HandleSpecialAttributes(const Attribute* attribute);
+
+  // The grammar of Parser::ParseRoot. The root element as `selection` keeps it, read whole as
+  // Parse reads it: `root` receives the element, or null when its name is not selected. False
+  // when no "<" stands here.
+  static bool ParseSelected(Parser& parser, NodeContainer& parent, const RootSelection& selection,
+                            Element*& root);
+  // The content of the element `name` up to and including its end tag, checked and dropped, but
+  // for the first CDATA section among its children, which goes to `cdataHolder` when that is not
+  // null.
+  static void CheckContentETag(Parser& parser, std::wstring_view name, Element* cdataHolder);
 
  private:
   friend class NodeContainer;  // destroys attributes from its work list

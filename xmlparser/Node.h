@@ -44,6 +44,14 @@ struct StoredText {
   TString ToString() const {
     return narrow ? TString(Bytes(), Bytes() + length) : TString(Data(), length);
   }
+  // Sets the character at `index` of a text being filled; a narrow one keeps its low byte.
+  void Set(std::size_t index, wchar_t c) {
+    if (narrow) {
+      reinterpret_cast<unsigned char*>(this + 1)[index] = static_cast<unsigned char>(c);
+    } else {
+      reinterpret_cast<wchar_t*>(this + 1)[index] = c;
+    }
+  }
 };
 
 // Only the parser may build a node in a document's arena.

@@ -4,6 +4,7 @@
 #include <iterator>
 #include <utility>
 
+#include "xmlparser/Arena.h"
 #include "xmlparser/CharacterData.h"
 #include "xmlparser/Document.h"
 #include "xmlparser/Private.h"
@@ -115,11 +116,22 @@ Parser::Parser()
       m_nLine(1),
       m_nColumn(0),
       m_nPrevColumn(0),
-      m_pArena(nullptr) {}
+      m_pArena(nullptr),
+      m_pSelection(nullptr) {}
 
 Parser::~Parser() {}
 
+void Parser::ReleaseSpareMemory() { ReleaseSpareBlocks(); }
+
 Document* Parser::Parse(const wchar_t* text, int length) {
+  return ParseKeeping(text, length, nullptr);
+}
+
+Document* Parser::ParseRoot(const wchar_t* text, int length, const RootSelection& selection) {
+  return ParseKeeping(text, length, &selection);
+}
+
+Document* Parser::ParseKeeping(const wchar_t* text, int length, const RootSelection* selection) {
   static const wchar_t empty[1] = {0};
   if (text == nullptr || length < 0) {
     text = empty;
@@ -129,6 +141,12 @@ Document* Parser::Parse(const wchar_t* text, int length) {
   m_pEnd = text + length;
   m_nLine = 1;
   m_nColumn = 1;
+  // The selection is the caller's: it is let go when the parse ends, in a document or an error.
+  struct SelectionInUse {
+    Parser& parser;
+    ~SelectionInUse() { parser.m_pSelection = nullptr; }
+  } inUse{*this};
+  m_pSelection = selection;
   return Document::Parse(*this);
 }
 
@@ -260,6 +278,8 @@ bool ParseRun(Parser& parser, bool (*isFirst)(wchar_t), bool (*isRest)(wchar_t),
 }
 
 bool SkipName(Parser& parser) { return SkipRun(parser, IsNameStartChar, IsNameChar); }
+
+bool SkipNmtoken(Parser& parser) { return SkipRun(parser, IsNameChar, IsNameChar); }
 
 wchar_t ParseOpeningQuote(Parser& parser) {
   const wchar_t quote = parser.NextChar();

@@ -5,6 +5,7 @@
 
 #include <string_view>
 #include <utility>
+#include <vector>
 
 #include "xmlparser/Arena.h"
 #include "xmlparser/ParsingException.h"
@@ -13,6 +14,16 @@
 namespace Xml {
 
 class Document;
+
+// What Parser::ParseRoot keeps of a document: the root element, only when it has one of `names`;
+// of a kept root's attributes, the first of each name in `attributes`; and, with `firstCData`, a
+// kept root's first CDATA section among its children. Names are compared character for
+// character, and the views must stay valid while a parse uses the selection.
+struct RootSelection {
+  std::vector<std::wstring_view> names;
+  std::vector<std::wstring_view> attributes;
+  bool firstCData = false;
+};
 
 // Name characters: ASCII letters and digits, '.', '-', '_', ':', the middle dot and the
 // Latin-1 letters. Above U+00FF only the low 8 bits are looked at, so a character is a name
@@ -29,6 +40,20 @@ class Parser {
   // ParsingException with the first error. The text must stay alive during the call only. A
   // negative length counts as an empty text.
   Document* Parse(const wchar_t* text, int length);
+  // Reads and checks the whole text as Parse does, accepting the same texts and throwing the same
+  // errors at the same places, but keeps of the document only what `selection` names: nothing
+  // else of the root's content, of the prolog or of what follows the root, and neither the
+  // declared version nor the encoding (the document gives the defaults). A root whose name is
+  // not selected is left out: the document then has no root. A kept attribute's value is one
+  // Text child holding the characters it stands for (references replaced, not trimmed), so
+  // GetValue() gives what Parse's document gives. Beyond the text, memory then grows with what
+  // is kept (and four bytes for each element open at a time), however much markup the text
+  // holds.
+  Document* ParseRoot(const wchar_t* text, int length, const RootSelection& selection);
+
+  // Gives back the memory that this thread keeps from deleted documents for its next parse: for
+  // a program that has parsed something large and goes on with other work that needs the room.
+  static void ReleaseSpareMemory();
 
   // The next character, with any line end (CR LF, LF or a lone CR) read as one line feed; 0
   // at the end of the text, every time, and for a NUL character in it.
@@ -72,6 +97,9 @@ class Parser {
   }
   const StoredText& Copy(std::wstring_view text) { return m_pArena->Copy(text); }
   const StoredText& Intern(std::wstring_view name) { return m_pArena->Intern(name); }
+  StoredText& MakeText(std::size_t length, bool narrow) {
+    return m_pArena->MakeText(length, narrow);
+  }
 
   const wchar_t* m_pBegin;
   // The next character to read; one past m_pEnd once the end has been read.
@@ -82,6 +110,12 @@ class Parser {
   int m_nColumn;
   int m_nPrevColumn;  // the column before the last character read, for stepping back
   Arena* m_pArena;    // the memory of the document being parsed; null between parses
+  // What ParseRoot keeps, while it parses; null while Parse keeps everything, and between parses.
+  const RootSelection* m_pSelection;
+
+ private:
+  // Parse with a null `selection`, ParseRoot with its own.
+  Document* ParseKeeping(const wchar_t* text, int length, const RootSelection* selection);
 };
 
 // A saved reading position of one parser: a plain value on the stack of the routine using it.

@@ -71,6 +71,19 @@ wchar_t ParseOpeningQuote(Parser& parser);
 // stand at the document level and inside elements alike; null when neither starts here.
 Node* ParseCommentOrPi(Parser& parser, NodeContainer& parent);
 
+// Readers that build nothing, for what a parse drops: each reads its construct whole with the
+// errors the building grammar raises, and returns false, with nothing read, when the construct
+// does not start here.
+//
+// A comment or processing instruction.
+bool ReadCommentOrPi(Parser& parser);
+// A character or entity reference, and the character it stands for.
+bool ReadReference(Parser& parser, wchar_t& character);
+// A quoted value with its references, as of an attribute.
+bool SkipAttValue(Parser& parser);
+// A name token.
+bool SkipNmtoken(Parser& parser);
+
 // Replaces every maximal run of white space, a trailing one included, by one space.
 void NormalizeWhiteSpaces(TString& text);
 // Removes leading and trailing white space.

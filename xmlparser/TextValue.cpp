@@ -1,5 +1,6 @@
 // The text value of containers, and the white space rules it applies.
 #include <optional>
+#include <utility>
 #include <vector>
 
 #include "xmlparser/Attribute.h"
@@ -20,6 +21,16 @@ std::optional<ValueSpaces> StandardValueSpaces(const Node& node) {
   if (IsExactly<Attribute>(node)) return ValueSpaces::kTrim;
   if (IsExactly<Document>(node)) return ValueSpaces::kNormalize;
   return std::nullopt;
+}
+
+// Appends `more` to `value`; a value still empty takes `more` over, so that the value of a
+// container with one large child is held once, not twice.
+void Append(TString& value, TString&& more) {
+  if (value.empty()) {
+    value = std::move(more);
+  } else {
+    value += more;
+  }
 }
 
 void Finish(ValueSpaces spaces, TString& value) {
@@ -74,7 +85,7 @@ TString ContainerValue(const NodeContainer& container, ValueSpaces spaces) {
         auto* nested = static_cast<const NodeContainer*>(child);
         frames.push_back({nested, *nestedSpaces, nested->begin(), TString()});
       } else {
-        top.value += child->GetValue();
+        Append(top.value, child->GetValue());
       }
       continue;
     }
@@ -82,7 +93,7 @@ TString ContainerValue(const NodeContainer& container, ValueSpaces spaces) {
     if (frames.size() == 1) return std::move(top.value);
     TString value = std::move(top.value);
     frames.pop_back();
-    frames.back().value += value;
+    Append(frames.back().value, std::move(value));
   }
 }
 

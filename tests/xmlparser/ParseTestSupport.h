@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <memory>
 #include <string>
 #include <tuple>
@@ -44,16 +45,74 @@ inline std::unique_ptr<Document> ParseText(const TString& text) {
   return std::unique_ptr<Document>(parser.Parse(text.data(), static_cast<int>(text.size())));
 }
 
-// The error of parsing `text` with its line and column, or PARSE_NO_ERROR at 0:0 when it parses.
+// What ParseRoot keeps in these tests, unless a test says otherwise: the roots and attributes
+// that the tests' documents name, and the first CDATA section.
+inline const RootSelection kSelection{{L"a", L"setting"}, {L"x", L"y", L"set", L"name"}, true};
+
+inline std::unique_ptr<Document> ParseRootText(const TString& text,
+                                               const RootSelection& selection = kSelection) {
+  Parser parser;
+  return std::unique_ptr<Document>(
+      parser.ParseRoot(text.data(), static_cast<int>(text.size()), selection));
+}
+
+// The error of parsing `text` with its line and column, or PARSE_NO_ERROR at 0:0 when it parses;
+// RootOutcome is ParseRoot's.
 using Outcome = std::tuple<int, int, int>;
 
-inline Outcome ParseOutcome(const TString& text) {
+template <class Parse>
+Outcome OutcomeOf(Parse parse) {
   try {
-    ParseText(text);
+    parse();
     return {PARSE_NO_ERROR, 0, 0};
   } catch (const ParsingException& e) {
     return {e.GetError(), e.GetLine(), e.GetColumn()};
   }
+}
+
+inline Outcome ParseOutcome(const TString& text) {
+  return OutcomeOf([&] { ParseText(text); });
+}
+
+inline Outcome RootOutcome(const TString& text) {
+  return OutcomeOf([&] { ParseRootText(text); });
+}
+
+// What `selection` keeps of a whole document, as KeptPicture shows it: the root and the first
+// attribute of each selected name, its value as the characters its children stand for, and the
+// first CDATA section among the root's children; empty when the root is not selected.
+inline TString SelectedPicture(const Document& document, const RootSelection& selection) {
+  const Element& root = document.GetRoot();
+  auto selected = [](const std::vector<std::wstring_view>& names, std::wstring_view name) {
+    return std::find(names.begin(), names.end(), name) != names.end();
+  };
+  if (!selected(selection.names, root.GetName())) return L"";
+  TString out = L"E<" + TString(root.GetName()) + L">";
+  for (unsigned long i = 0; i < root.GetAttributeCount(); ++i) {
+    const Attribute& attribute = root.GetAttribute(i);
+    const TString name(attribute.GetName());
+    if (!selected(selection.attributes, name) || &root.GetAttribute(name.c_str()) != &attribute)
+      continue;
+    TString value;
+    for (const Node* child : attribute) value += child->GetValue();
+    out += L" " + name + L"=T\"" + value + L"\"";
+  }
+  const CData& cdata = root.GetCData(0);
+  if (selection.firstCData && !IsNullObject(cdata)) out += L" D\"" + cdata.GetData() + L"\"";
+  return out;
+}
+
+// All that a document holds, for one that ParseRoot made: the document's children, the root's
+// attributes with theirs, then the root's children.
+inline TString KeptPicture(const Document& document) {
+  TString out = Picture(document);
+  const Element& root = document.GetRoot();
+  for (unsigned long i = 0; i < root.GetAttributeCount(); ++i) {
+    const Attribute& attribute = root.GetAttribute(i);
+    out += L" " + TString(attribute.GetName()) + L"=" + Picture(attribute);
+  }
+  if (!root.IsEmpty()) out += L" " + Picture(root);
+  return out;
 }
 
 }  // namespace Xml::Testing

@@ -1,8 +1,10 @@
-// Whole documents: what each construct becomes, where each error is reported, and which document
-// type declarations are refused.
+// Whole documents: what each construct becomes, where each error is reported, which document
+// type declarations are refused, and what a parse that keeps only the root keeps.
 #include <gtest/gtest.h>
 
+#include <string>
 #include <utility>
+#include <vector>
 
 #include "tests/xmlparser/ParseTestSupport.h"
 
@@ -139,7 +141,10 @@ TEST(ContentParsingTest, ErrorsWithTheirPositions) {
       {L"<?XML version='1.0'?><a/>", {25, 1, 6}},
       {L"<a/>\n<!DOCTYPE a>", {43, 2, 1}},
   };
-  for (const auto& [text, outcome] : cases) EXPECT_EQ(outcome, ParseOutcome(text)) << text;
+  for (const auto& [text, outcome] : cases) {
+    EXPECT_EQ(outcome, ParseOutcome(text)) << text;
+    EXPECT_EQ(outcome, RootOutcome(text)) << text;
+  }
 }
 
 TEST(ContentParsingTest, EveryProperPrefixIsRejected) {
@@ -149,6 +154,55 @@ TEST(ContentParsingTest, EveryProperPrefixIsRejected) {
   ASSERT_NO_THROW(ParseText(whole));
   for (size_t n = 0; n < whole.size(); ++n) {
     EXPECT_THROW(ParseText(whole.substr(0, n)), ParsingException) << n;
+  }
+}
+
+TEST(ParseRootTest, KeepsOnlyWhatItSelects) {
+  const std::pair<const wchar_t*, const wchar_t*> cases[] = {
+      // The prolog, the root's content and what follows the root are read and dropped.
+      {L"<?xml version='1.0'?><!--c--><!DOCTYPE a><?p?>"
+       L"<a><b x='1'/>t<!--c--><?p?>&amp;</a><!--c-->",
+       L"E<a>"},
+      // The first attribute of each selected name, as the characters its value stands for.
+      {L"<a z='0' y=' 1 ' x='&lt;&#x4E2D;&#65;' y='2'/>", L"E<a> y=T\" 1 \" x=T\"<\u4E2DA\""},
+      // Only the first CDATA section among the root's own children.
+      {L"<a><b><![CDATA[deep]]></b>t<![CDATA[first]]><![CDATA[second]]></a>", L"E<a> D\"first\""},
+      // A root that is not selected is read, and left out with all it holds.
+      {L"<b x='1'><![CDATA[c]]></b>", L""},
+  };
+  for (const auto& [text, kept] : cases) EXPECT_EQ(kept, KeptPicture(*ParseRootText(text))) << text;
+  // Nor does the declaration stay, whatever its length.
+  EXPECT_EQ(L"1.0", ParseRootText(L"<?xml version='1.1' encoding='x'?><a/>")->GetVersion());
+}
+
+// ParseRoot reads with Parse's grammar and keeps less: the same outcome on every text, at the
+// same place, and what it keeps is what Parse's document holds.
+TEST(ParseRootTest, AgreesWithParse) {
+  const TString whole =
+      L"<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
+      L"<!DOCTYPE setting [<!ELEMENT setting (#PCDATA|group)*><!ATTLIST setting x CDATA \"&amp;\">"
+      L"<!ENTITY e \"&lt;\">]>\r\n<!--c--><?p d?>\n"
+      L"<setting set=\"Daubery\" x='&amp;&#65;&#x4E2D;' name=\" n \" y=\"1\" x=\"2\">\n"
+      L"t&gt;<![CDATA[x]]><group y=\"&quot;\"><![CDATA[in]]>&#10;<c/></group><?q?><!--d-->]]\r"
+      L"</setting>\n<!--e--> <?r?>";
+  std::vector<TString> texts;
+  for (size_t n = 0; n <= whole.size(); ++n) texts.push_back(whole.substr(0, n));
+  // Deep nesting, whose end tags are checked against names found again in the text.
+  const int depth = 100000;
+  TString deep;
+  for (int i = 0; i < depth; ++i) deep += L"<level" + std::to_wstring(i % 7) + L">";
+  for (int i = depth - 1; i >= 0; --i) deep += L"</level" + std::to_wstring(i % 7) + L">";
+  texts.push_back(L"<a>" + deep + L"</a>");
+  texts.push_back(L"<a>" + deep.substr(0, deep.size() / 2 + 4) + L"x" +
+                  deep.substr(deep.size() / 2 + 4));
+  texts.push_back(L"<a>" + deep.substr(0, deep.size() / 2) + L"</a>");
+  for (const TString& text : texts) {
+    SCOPED_TRACE(text.size() < 400 ? std::string(text.begin(), text.end()) : "deep");
+    const Outcome outcome = ParseOutcome(text);
+    EXPECT_EQ(outcome, RootOutcome(text));
+    if (std::get<0>(outcome) == PARSE_NO_ERROR) {
+      EXPECT_EQ(SelectedPicture(*ParseText(text), kSelection), KeptPicture(*ParseRootText(text)));
+    }
   }
 }
 
