@@ -1,14 +1,21 @@
 // CFPreferences.cpp: reading a user's preferences, which live in XML property lists, and the
 // type identifiers that tell their values apart.
-#include <fstream>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
 #include <functional>
-#include <iterator>
+#include <iostream>
 #include <map>
 #include <memory>
 #include <string>
 #include <vector>
 
 #include "platform/CFHolder.h"
+#include "platform/EventLoop.h"  // ProgramName
+#include "platform/Terminal.h"
 #include "platform/internal/CFObject.h"
 #include "platform/internal/PosixFiles.h"  // UserBaseFolder
 #include "platform/internal/Unicode.h"
@@ -121,6 +128,45 @@ bool Decode(const std::string& bytes, TString& text) {
   return true;
 }
 
+// A preferences file is a few hundred bytes; anything near this is not one.
+const std::size_t kLargestPreferencesFile = 1 << 20;
+
+// The bytes of the preferences file `path`, read as a settings file is read: a regular file (a
+// link to one is followed, as a user's kept configuration often is one) of at most
+// kLargestPreferencesFile bytes, opened without waiting on whatever else may be there. A missing
+// file holds no preferences; anything else that cannot be read is said in one line on standard
+// error and holds none either.
+bool ReadPreferencesFile(const std::string& path, std::string& bytes) {
+  const auto refuse = [&path](const std::string& why) {
+    std::cerr << ProgramName() << ": " << TerminalText(path) << ": " << why
+              << "; no preferences read from it\n";
+    return false;
+  };
+  const int fd = open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+  // A name too long for a file is one that no preferences file can have.
+  if (fd < 0)
+    return errno == ENOENT || errno == ENAMETOOLONG ? false : refuse(std::strerror(errno));
+  struct Closer {
+    ~Closer() { close(m_nFd); }
+    int m_nFd;
+  } closer{fd};
+  struct stat status;
+  if (fstat(fd, &status) != 0) return refuse(std::strerror(errno));
+  if (!S_ISREG(status.st_mode)) return refuse("not a regular file");
+  // One byte more than allowed tells a file that grew past the limit since it was looked at.
+  bytes.resize(kLargestPreferencesFile + 1);
+  std::size_t filled = 0;
+  for (;;) {
+    const ssize_t count = read(fd, bytes.data() + filled, bytes.size() - filled);
+    if (count < 0 && errno == EINTR) continue;
+    if (count < 0) return refuse(std::strerror(errno));
+    if (count == 0 || (filled += static_cast<std::size_t>(count)) == bytes.size()) break;
+  }
+  if (filled > kLargestPreferencesFile) return refuse("larger than 1 MiB");
+  bytes.resize(filled);
+  return true;
+}
+
 TString TextOf(CFStringRef string) {
   return TString(string->m_units.begin(), string->m_units.end());
 }
@@ -148,11 +194,10 @@ CFPropertyListRef CFPreferencesCopyAppValue(CFStringRef key, CFStringRef applica
       name.find('\0') != std::string::npos) {
     return nullptr;
   }
-  std::ifstream file(folder + "/" + name + ".plist", std::ios::binary);
-  if (!file) return nullptr;
-  const std::string bytes((std::istreambuf_iterator<char>(file)), std::istreambuf_iterator<char>());
+  std::string bytes;
   TString text;
-  if (file.bad() || !Decode(bytes, text)) return nullptr;
+  if (!ReadPreferencesFile(folder + "/" + name + ".plist", bytes) || !Decode(bytes, text))
+    return nullptr;
   try {
     Xml::Parser parser;
     std::unique_ptr<Xml::Document> document(

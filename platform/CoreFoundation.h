@@ -137,6 +137,7 @@ CFTypeID CFStringGetTypeID();
 
 // A copy of the value of `key` in the preferences of `applicationID`, read from the user's
 // preferences file $XDG_CONFIG_HOME/<applicationID>.plist ($HOME/.config when unset), an XML
-// property list. Values keep their types. Null when the file is missing, unreadable or malformed,
-// or holds no such key.
+// property list. Values keep their types. Null when the file is missing or malformed, or holds no
+// such key; also when it is no regular file of at most 1 MiB or cannot be read, which one line on
+// standard error says.
 CFPropertyListRef CFPreferencesCopyAppValue(CFStringRef key, CFStringRef applicationID);

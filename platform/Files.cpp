@@ -175,10 +175,9 @@ OSErr MoveObjectTo(ObjectOnDisk object, UInt32 destination, UInt64 device,
   if (IsRoot(object)) return paramErr;
   if (object.m_identity.m_nDevice != device) return diffVolErr;
   if (object.m_nFolder != destination || object.m_strName != component) {
-    const int error = ActiveDiskBackend().Rename(HeldDescriptor(object.m_nFolder),
-                                                 object.m_strName.c_str(),
-                                                 HeldDescriptor(destination), component.c_str(),
-                                                 replace);
+    const int error =
+        ActiveDiskBackend().Rename(HeldDescriptor(object.m_nFolder), object.m_strName.c_str(),
+                                   HeldDescriptor(destination), component.c_str(), replace);
     if (error != 0) return MacErrorFromErrno(error);
     if (IsTemporaryName(object.m_strName)) ForgetTemporaryFile(object.m_strName);
     FlushFolder(destination);
@@ -235,8 +234,8 @@ OSErr MacErrorFromErrno(int error) {
 OSErr FSPathMakeRef(const UInt8* path, FSRef* ref, Boolean* isDirectory) {
   if (path == nullptr || ref == nullptr) return paramErr;
   int fd;
-  const int error = ActiveDiskBackend().Open(
-      AT_FDCWD, reinterpret_cast<const char*>(path), O_PATH | O_CLOEXEC, 0, fd);
+  const int error = ActiveDiskBackend().Open(AT_FDCWD, reinterpret_cast<const char*>(path),
+                                             O_PATH | O_CLOEXEC, 0, fd);
   if (error != 0) {
     errno = error;  // callers that tell the user why read it, as after the system call itself
     return MacErrorFromErrno(error);
@@ -339,7 +338,8 @@ OSErr FSCreateFileUnicode(const FSRef* parentRef, UniCharCount nameLength, const
   std::string component;
   OSErr err = ResolveFolder(parentRef, parent);
   if (err == noErr) err = ComponentOf(nameLength, name, component);
-  return err != noErr ? err : CreateFileIn(parent.m_nSelf, component, whichInfo, catalogInfo, newRef);
+  return err != noErr ? err
+                      : CreateFileIn(parent.m_nSelf, component, whichInfo, catalogInfo, newRef);
 }
 
 OSErr FSCreateDirectoryUnicode(const FSRef* parentRef, UniCharCount nameLength, const UniChar* name,

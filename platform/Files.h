@@ -56,8 +56,8 @@ enum : UInt32 { fsRtDirID = 2 };  // node ID of the root folder "/"
 // layout of the structs below: the file ones for a file, the folder ones for a folder.
 struct FSCatalogInfo {
   UInt16 nodeFlags;
-  FSVolumeRefNum volume;  // one number per mounted file system
-  UInt32 nodeID;          // fsRtDirID for "/"; otherwise derived from the inode number
+  FSVolumeRefNum volume;       // one number per mounted file system
+  UInt32 nodeID;               // fsRtDirID for "/"; otherwise derived from the inode number
   UTCDateTime contentModDate;  // when the data fork was last written
   UInt8 finderInfo[16];
   UInt8 extFinderInfo[16];
@@ -246,8 +246,7 @@ enum : Boolean { kDontCreateFolder = 0, kCreateFolder = 1 };
 OSErr FSFindFolder(FSVolumeRefNum vRefNum, OSType folderType, Boolean createFolder,
                    FSRef* foundRef);
 
-// Where FSFindFolder finds or makes the folder, as an absolute POSIX path in UTF-8 whether or not it
-// exists: for telling the user which folder could not be made. fnfErr as for FSFindFolder; paramErr
-// when the path does not fit. The stand-in's own call: the real folders always exist.
-OSErr FSFindFolderPath(FSVolumeRefNum vRefNum, OSType folderType, UInt8* path,
-                       UInt32 maxPathSize);
+// Where FSFindFolder finds or makes the folder, as an absolute POSIX path in UTF-8 whether or not
+// it exists: for telling the user which folder could not be made. fnfErr as for FSFindFolder;
+// paramErr when the path does not fit. The stand-in's own call: the real folders always exist.
+OSErr FSFindFolderPath(FSVolumeRefNum vRefNum, OSType folderType, UInt8* path, UInt32 maxPathSize);

@@ -1,12 +1,11 @@
 // Folders.cpp: the Folder Manager: the user's data folders under the desktop's base directory.
-#include "platform/Files.h"
-
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
 #include <string>
 
 #include "platform/DiskBackend.h"
+#include "platform/Files.h"
 #include "platform/internal/PosixFiles.h"  // MacErrorFromErrno, UserBaseFolder
 
 namespace {
@@ -64,8 +63,7 @@ OSErr FSFindFolder(FSVolumeRefNum vRefNum, OSType folderType, Boolean createFold
   return found == noErr && !isDirectory ? dirNFErr : found;
 }
 
-OSErr FSFindFolderPath(FSVolumeRefNum vRefNum, OSType folderType, UInt8* path,
-                       UInt32 maxPathSize) {
+OSErr FSFindFolderPath(FSVolumeRefNum vRefNum, OSType folderType, UInt8* path, UInt32 maxPathSize) {
   std::string text;
   const OSErr err = FolderPath(vRefNum, folderType, text);
   if (err != noErr) return err;

@@ -1,6 +1,4 @@
 // Forks.cpp: opening, sizing, reading and writing data forks over file descriptors.
-#include "platform/Files.h"
-
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -10,6 +8,7 @@
 #include <vector>
 
 #include "platform/DiskBackend.h"
+#include "platform/Files.h"
 #include "platform/internal/PosixFiles.h"
 
 namespace {
@@ -135,9 +134,9 @@ OSErr FSOpenFork(const FSRef* ref, UniCharCount forkNameLength, const UniChar*, 
   if (!object.m_bIsRegularFile) return notAFileErr;
   // Not waiting either on what another process may put in its place meanwhile.
   int fd;
-  const int error = ActiveDiskBackend().Open(HeldDescriptor(object.m_nFolder),
-                                             object.m_strName.c_str(),
-                                             flags | O_NOFOLLOW | O_CLOEXEC | O_NONBLOCK, 0, fd);
+  const int error =
+      ActiveDiskBackend().Open(HeldDescriptor(object.m_nFolder), object.m_strName.c_str(),
+                               flags | O_NOFOLLOW | O_CLOEXEC | O_NONBLOCK, 0, fd);
   if (error != 0) return MacErrorFromErrno(error);
   // The name may have been given to another object since the reference was checked.
   ObjectOnDisk opened;

@@ -86,7 +86,7 @@ inline constexpr OSErr errFSNameTooLong = -1411;    // a name, or a path, longer
 inline constexpr OSErr errFSRefsDifferent = -1420;  // other objects on the same file system
 // The stand-in's own: a symbolic link that belongs to neither the user nor root, not followed.
 inline constexpr OSErr untrustedLinkErr = -1450;
-inline constexpr OSErr afpAccessDenied = -5000;     // permission denied
+inline constexpr OSErr afpAccessDenied = -5000;  // permission denied
 inline constexpr OSErr gestaltUndefSelectorErr = -5551;
 inline constexpr OSStatus coreFoundationUnknownErr = -4960;
 inline constexpr OSStatus kLSApplicationNotFoundErr = -10814;  // the URL opener failed

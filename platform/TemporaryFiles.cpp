@@ -1,7 +1,5 @@
 // TemporaryFiles.cpp: the names of temporary files, their removal when a signal ends the process,
 // and the removal of those that a killed process left behind.
-#include "platform/internal/PosixFiles.h"
-
 #include <dirent.h>
 #include <fcntl.h>
 #include <signal.h>
@@ -15,6 +13,7 @@
 #include <ctime>
 
 #include "platform/DiskBackend.h"
+#include "platform/internal/PosixFiles.h"
 
 namespace {
 
@@ -129,8 +128,7 @@ void RemoveStaleTemporaryFiles(UInt32 folder) {
     struct statx status;
     if (IsMadeTemporaryName(entry->d_name) &&
         disk.Look(dirfd(entries), entry->d_name, AT_SYMLINK_NOFOLLOW, status) == 0 &&
-        S_ISREG(status.stx_mode) && status.stx_uid == user &&
-        status.stx_mtime.tv_sec < staleBefore)
+        S_ISREG(status.stx_mode) && status.stx_uid == user && status.stx_mtime.tv_sec < staleBefore)
       disk.Remove(dirfd(entries), entry->d_name, false);
   }
   closedir(entries);

@@ -153,8 +153,7 @@ TextDialogBackend::TextDialogBackend(std::istream& in, std::ostream& out, std::o
 DialogItemIndex TextDialogBackend::RunAlert(const AlertDescription& alert) {
   std::ostream& out = alert.m_nKind == kAlertStopAlert ? m_err : m_out;
   out << '\n' << TerminalMessage(alert.m_strMessage) << '\n';
-  if (!alert.m_strExplanation.empty())
-    out << TerminalMessage(alert.m_strExplanation) << '\n';
+  if (!alert.m_strExplanation.empty()) out << TerminalMessage(alert.m_strExplanation) << '\n';
   const std::string labels = ListOfLabels(alert);
   const std::string defaultLabel = DefaultLabel(alert);
   // Translators: the prompt after an alert's texts on the terminal. %0 lists the buttons' titles;

@@ -122,6 +122,10 @@ TEST(CFPreferencesTest, ValuesKeepTheirTypesAndTheIDNamesOneFileInTheFolder) {
       {"array", "<array><string>/p</string></array>", "other"},
       {"key without a value", "", "(none)"},
       {"malformed", "<string>/p", "(none)"},
+      // Preferences are a few hundred bytes; a file past 1 MiB is not read at all.
+      {"just under 1 MiB", "<!--" + std::string((1 << 20) - 400, 'x') + "--><string>/p</string>",
+       "/p"},
+      {"over 1 MiB", "<!--" + std::string(1 << 20, 'x') + "--><string>/p</string>", "(none)"},
       // Each of these has a file of its name written, which must not be read.
       {"id climbing out of the folder", "<string>/p</string>", "(none)", "../escape"},
       {"id of the folder above", "<string>/p</string>", "(none)", ".."},
