@@ -1,7 +1,7 @@
 #include "mac/Kestrail.h"
 
 #include <new>
-#include <optional>
+#include <string>
 
 #include "ovlib/base_ui_framework/mac/MacUtil.h"
 #include "ovlib/general_framework/OVUtil.h"
@@ -23,15 +23,106 @@ CFStringRef CopyLocalizedString(CFStringRef key) {
   return CFBundleCopyLocalizedString(CFBundleGetMainBundle(), key, key, nullptr);
 }
 
-// The import flow's alert for an outcome: shown when its text can be had, else nothing.
-void ShowAlert(CFStringRef key) {
-  auto message = CFHold(CopyLocalizedString(key));
-  if (message != nullptr) DisplayAlert(message.get());
-}
-
 // A string's text, or an empty one for a string that could not be had (which has been reported).
 TString TextOf(CFStringRef string) {
   return string != nullptr ? CreateTStringFromCFStringRef(string) : TString();
+}
+
+// The text for `key` in the user's language with `fillers` in its markers %0, %1, ...; empty when
+// there is no text at all.
+template <typename... Fillers>
+TString LocalizedText(CFStringRef key, const Fillers&... fillers) {
+  auto text = CFHold(CopyLocalizedString(key));
+  if (text == nullptr) return TString();
+  const TString textTemplate = TextOf(text.get());
+  return TStringParamReplace(&textTemplate, TString(fillers).c_str()...);
+}
+
+// An alert of the import flow: shown when its text can be had, else nothing.
+void ShowAlert(const TString& message) {
+  if (message.empty()) return;
+  auto text = CFHold(CreateCFStringRefFromTString(message));
+  if (text != nullptr) DisplayAlert(text.get());
+}
+
+// Why a file or folder could not be used, in words that follow a colon in a message.
+TString ReasonText(OSErr status) {
+  switch (status) {
+    case fnfErr:
+      // Translators: a reason after a colon, as in "The folder "…" could not be found or made:
+      // it does not exist." Likewise every reason that follows.
+      return LocalizedText(CFSTR_LOCALIZABLE("it does not exist"));
+    case dirNFErr:
+    case notAFileErr:
+      return LocalizedText(CFSTR_LOCALIZABLE("it is not a folder"));
+    case afpAccessDenied:
+      return LocalizedText(CFSTR_LOCALIZABLE("permission denied"));
+    case vLckdErr:
+      return LocalizedText(CFSTR_LOCALIZABLE("the disk is read-only"));
+    case errFSNameTooLong:
+      return LocalizedText(CFSTR_LOCALIZABLE("its name or path is too long"));
+    case bdNamErr:
+      return LocalizedText(CFSTR_LOCALIZABLE("its name cannot be used"));
+    case untrustedLinkErr:
+      return LocalizedText(CFSTR_LOCALIZABLE("it is a link that belongs to another user"));
+    case dskFulErr:
+      return LocalizedText(CFSTR_LOCALIZABLE("the disk is full"));
+    case tmfoErr:
+      return LocalizedText(CFSTR_LOCALIZABLE("too many files are open"));
+    case memFullErr:
+      return LocalizedText(CFSTR_LOCALIZABLE("there is not enough memory"));
+    case ioErr:
+      return LocalizedText(CFSTR_LOCALIZABLE("an input/output error"));
+    default:
+      // Translators: a reason without words of its own; %0 is the system's number for it.
+      return LocalizedText(CFSTR_LOCALIZABLE("error %0"), ConvertToTString(std::to_string(status)));
+  }
+}
+
+// The alert for a setting that could not be examined or whose folder could not be had.
+TString RoutingProblemText(const RoutingReport& report) {
+  switch (report.m_nProblem) {
+    case RoutingReport::kUnreadable:
+      // Translators: the alert when the file opened cannot be read; %0 is the reason.
+      return LocalizedText(CFSTR_LOCALIZABLE("This file could not be read: %0."),
+                           ReasonText(report.m_nStatus));
+    case RoutingReport::kTooLarge:
+      // Translators: the alert when the file opened is far larger than any settings file.
+      return LocalizedText(CFSTR_LOCALIZABLE("This file is too large to be a settings file."));
+    case RoutingReport::kNoHomeFolder:
+      // Translators: the alert when the environment names no home folder; HOME stays as it is.
+      return LocalizedText(CFSTR_LOCALIZABLE(
+          "The setting cannot be installed: there is no home folder (HOME does not name one)."));
+    case RoutingReport::kFolder:
+      // Translators: the alert when a settings folder cannot be had; %0 is the folder's path,
+      // %1 the reason.
+      return LocalizedText(CFSTR_LOCALIZABLE("The folder \"%0\" could not be found or made: %1."),
+                           ShownName(report.m_strFolder), ReasonText(report.m_nStatus));
+    default:
+      // Translators: the alert when the file opened is no settings file.
+      return LocalizedText(CFSTR_LOCALIZABLE("Error Examining Setting"));
+  }
+}
+
+// One line on standard error for a "User Folder" preference that is set but cannot serve: the
+// setting still goes somewhere, and the user learns why it is not where they asked.
+void TellOfUnusedUserFolder(const RoutingReport& report) {
+  if (report.m_nUserFolderStatus == noErr) return;
+  const TString reason =
+      report.m_nUserFolderStatus == paramErr
+          // Translators: why the "User Folder" preference is not used: its value is no text.
+          ? LocalizedText(CFSTR_LOCALIZABLE("it is not a text"))
+          : report.m_nUserFolderStatus == bdNamErr
+                // Translators: why the "User Folder" preference is not used: it is a relative path.
+                ? LocalizedText(CFSTR_LOCALIZABLE("it is not an absolute path"))
+                : ReasonText(report.m_nUserFolderStatus);
+  // Translators: a line on the terminal; "User Folder" is the preference's name and stays as it
+  // is; %0 is its value, %1 the reason.
+  OV_WriteToConsole(L"kestrail: " +
+                    LocalizedText(CFSTR_LOCALIZABLE("The \"User Folder\" preference \"%0\" is not "
+                                                    "used: %1. Settings go into the data folder "
+                                                    "instead."),
+                                  ShownName(report.m_strUserFolder), reason));
 }
 
 // Copies or unpacks the setting into `destination` as `installed`, over a setting of its name
@@ -43,10 +134,23 @@ int WriteSetting(SettingFileRoutingInfo& info, OVFileSystemReference& destinatio
                          : info.sourceFile.Copy(destination, installed, replace, &examined);
 }
 
-// How a step of the flow ends: std::nullopt to go on to the next step; otherwise the flow ends
-// there, with the alert whose key is given, or silently (null) when the user kept the file.
-using StepEnd = std::optional<CFStringRef>;
-const StepEnd kKeptTheFile(std::in_place, nullptr);
+// How a step of the flow ends: it goes on to the next step, or the flow ends there, silently when
+// the user kept the installed setting, else with one alert.
+struct StepEnd {
+  enum Way { kGoOn, kKeptTheFile, kAlert };
+  Way m_nWay = kGoOn;
+  TString m_strMessage;  // the alert's text, in the user's language
+
+  explicit operator bool() const { return m_nWay != kGoOn; }
+};
+
+const StepEnd kGoOn;
+const StepEnd kKeptTheFile = {StepEnd::kKeptTheFile, TString()};
+
+StepEnd Alert(const TString& message) { return {StepEnd::kAlert, message}; }
+
+// Translators: the alert when the setting could not be installed, for whatever reason.
+StepEnd Failure() { return Alert(LocalizedText(CFSTR_LOCALIZABLE("Failure"))); }
 
 // The folder the setting goes in: the filter's folder, or for a Glimmerbox setting the filter's
 // folder inside the folder the user points at.
@@ -57,42 +161,42 @@ StepEnd FindDestination(const SettingFileRoutingInfo& info, OVFileSystemReferenc
     if (AskUserForGlimmerboxFolder(glimmerboxFolder) != 0) {
       // Translators: the alert when no folder holding "Glimmerbox Settings" (a folder's name,
       // which stays as it is) was chosen in the Glimmerbox folder dialog.
-      return CFSTR_LOCALIZABLE("Error Locating Glimmerbox");
+      return Alert(LocalizedText(CFSTR_LOCALIZABLE("Error Locating Glimmerbox")));
     }
     // The chosen folder holds an entry "Glimmerbox Settings"; a setting goes in only when that
-    // and the filter's folder inside it are folders. Anything else installs nothing.
+    // and the filter's folder inside it are folders, or links to folders that the user made.
+    // Nothing is created there: a missing folder means a filter that is not installed.
+    RoutingReport report;
     OVFileSystemReference settingsFolder;
-    if (glimmerboxFolder.MakeSubobjectReference(TextOf(glimmerbox_settings_folder),
-                                                settingsFolder) != 0 ||
-        !settingsFolder.IsFolder() ||
-        settingsFolder.MakeSubobjectReference(info.filterName, destination) != 0) {
-      // Translators: the alert when the setting could not be installed, for whatever reason.
-      return CFSTR_LOCALIZABLE("Failure");
-    }
+    if (SettingsUtils::GetSubfolder(glimmerboxFolder, TextOf(glimmerbox_settings_folder), false,
+                                    settingsFolder, &report) != 0 ||
+        SettingsUtils::GetSubfolder(settingsFolder, info.filterName, false, destination, &report) !=
+            0)
+      return Alert(RoutingProblemText(report));
   }
   // A file where the filter's folder should be cannot receive the setting. That is the user's
   // disk, not a fault of the program, so it gets the ordinary failure and no bug report.
-  if (!destination.IsFolder()) return CFSTR_LOCALIZABLE("Failure");
-  return std::nullopt;
+  if (!destination.IsFolder()) return Failure();
+  return kGoOn;
 }
 
 // A file is never installed into the folder that already holds it.
 StepEnd RefuseTheSourceFolder(const SettingFileRoutingInfo& info,
                               const OVFileSystemReference& destination) {
   OVFileSystemReference sourceFolder;
-  if (info.sourceFile.MakeParentReference(sourceFolder) != 0) return CFSTR_LOCALIZABLE("Failure");
+  if (info.sourceFile.MakeParentReference(sourceFolder) != 0) return Failure();
   if (FSCompareFSRefs(sourceFolder, destination) == noErr) {
     // Translators: the alert when the file opened is the installed setting itself.
-    return CFSTR_LOCALIZABLE("Error Source and Destination Same");
+    return Alert(LocalizedText(CFSTR_LOCALIZABLE("Error Source and Destination Same")));
   }
-  return std::nullopt;
+  return kGoOn;
 }
 
 // The name the setting is installed under: the package's setting name, or the file's own.
 StepEnd NameTheSetting(const SettingFileRoutingInfo& info, TString& name) {
   name = info.settingName;
-  if (!info.isOldStyle && info.sourceFile.GetName(name) != 0) return CFSTR_LOCALIZABLE("Failure");
-  return std::nullopt;
+  if (!info.isOldStyle && info.sourceFile.GetName(name) != 0) return Failure();
+  return kGoOn;
 }
 
 // Writes the setting, asking first when its name is taken. A name found free is taken only
@@ -103,15 +207,15 @@ StepEnd WriteAskingBeforeReplace(SettingFileRoutingInfo& info, OVFileSystemRefer
                                  const TString& name, const OVFileVersion& examined,
                                  OVFileSystemReference& installed) {
   bool exists = false;
-  if (destination.SubobjectExists(name, exists) != 0) return CFSTR_LOCALIZABLE("Failure");
+  if (destination.SubobjectExists(name, exists) != 0) return Failure();
   if (exists && ConfirmFileReplace(name) == 1) return kKeptTheFile;
   int status = WriteSetting(info, destination, exists, examined, installed);
   if (status != 0 && !exists && destination.SubobjectExists(name, exists) == 0 && exists) {
     if (ConfirmFileReplace(name) == 1) return kKeptTheFile;
     status = WriteSetting(info, destination, true, examined, installed);
   }
-  if (status != 0) return CFSTR_LOCALIZABLE("Failure");
-  return std::nullopt;
+  if (status != 0) return Failure();
+  return kGoOn;
 }
 
 // The steps of the flow after the examination, each of which may end it, and the one alert that
@@ -124,7 +228,7 @@ void InstallSetting(SettingFileRoutingInfo& info, const OVFileVersion& examined)
   if (!end) end = NameTheSetting(info, name);
   if (!end) end = WriteAskingBeforeReplace(info, destination, name, examined, installed);
   if (end) {
-    if (*end != nullptr) ShowAlert(*end);
+    ShowAlert(end.m_strMessage);
     return;
   }
   if (auto message = CFHold(GetSuccessMessage(installed))) DisplayAlert(message.get());
@@ -166,18 +270,22 @@ void ImportOneSetting(FSRef file) {
   // the replace question is open, is not installed in place of the one the user was shown.
   OVFileVersion examined;
   try {
-    if (info.sourceFile.GetVersion(examined) != 0 ||
-        SettingsUtils::LocateFolderForSetting(info.sourceFile, info.destinationFolder,
-                                              info.settingName, info.setName, info.filterName,
-                                              info.isOldStyle, info.needsGlimmerboxFolder) != 0) {
-      // Translators: the alert when the file opened is no settings file.
-      ShowAlert(CFSTR_LOCALIZABLE("Error Examining Setting"));
+    RoutingReport report;
+    if (info.sourceFile.GetVersion(examined) != 0) {
+      report.m_nProblem = RoutingReport::kUnreadable;
+      report.m_nStatus = fnfErr;  // gone since the system named it
+    } else if (SettingsUtils::LocateFolderForSetting(
+                   info.sourceFile, info.destinationFolder, info.settingName, info.setName,
+                   info.filterName, info.isOldStyle, info.needsGlimmerboxFolder, &report) == 0) {
+      TellOfUnusedUserFolder(report);
+      InstallSetting(info, examined);
       return;
     }
-    InstallSetting(info, examined);
+    TellOfUnusedUserFolder(report);
+    ShowAlert(RoutingProblemText(report));
   } catch (const std::bad_alloc&) {
     // A file too large to hold in memory is a setting that could not be installed, not a crash.
-    ShowAlert(CFSTR_LOCALIZABLE("Failure"));
+    ShowAlert(LocalizedText(CFSTR_LOCALIZABLE("Failure")));
   }
 }
 

@@ -100,15 +100,17 @@ int main(int argc, char** argv) {
   const int status = ReadCommandLine(kKestrailPack, std::vector<std::string>(argv + 1, argv + argc),
                                      std::cout, std::cerr, values, files);
   if (status >= 0) return status;
+  // Given, it must name a folder: an empty one is a mistake, not the default.
+  const bool hasInto = values.count("--into") != 0;
   const std::string into = values["--into"];
   OVFileSystemReference intoFolder;
-  if (!into.empty() && (!RefFromPath(into, intoFolder) || !intoFolder.IsFolder())) {
+  if (hasInto && (into.empty() || !RefFromPath(into, intoFolder) || !intoFolder.IsFolder())) {
     std::cerr << "kestrail-pack: " << TerminalText(into) << ": not a folder\n";
     return 2;
   }
   bool allPackaged = true;
   for (const std::string& file : files) {
-    allPackaged = Package(file, into.empty() ? nullptr : &intoFolder) && allPackaged;
+    allPackaged = Package(file, hasInto ? &intoFolder : nullptr) && allPackaged;
   }
   return allPackaged ? 0 : 1;
 }

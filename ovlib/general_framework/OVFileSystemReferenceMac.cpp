@@ -9,19 +9,13 @@ namespace {
 
 const char kSource[] = "ovlib/general_framework/OVFileSystemReferenceMac";
 
-// Whether the reference names a folder, for the checks that only report misuse: an invalid
-// reference is no folder, and the operation itself then fails on it.
-bool NamesFolder(const FSRef* ref) {
-  Boolean isDirectory = false;
-  return FSGetFinderInfo(ref, nullptr, nullptr, &isDirectory) == noErr && isDirectory;
-}
-
-// The kind of object for IsFile and IsFolder; a reference that cannot be read is reported under
-// the asking operation's name and line.
+// The kind of object for IsFile and IsFolder. A reference that names nothing is this program's
+// fault and is reported under the asking operation's name and line; an object that another
+// process removed meanwhile is not, and the answer is simply false.
 bool ReadKind(const FSRef* ref, const char* operation, unsigned int line, Boolean& isDirectory) {
-  if (FSGetFinderInfo(ref, nullptr, nullptr, &isDirectory) == noErr) return true;
-  OV_AssertFailed(kSource, line, operation);
-  return false;
+  const OSErr err = FSGetFinderInfo(ref, nullptr, nullptr, &isDirectory);
+  if (err == nsvErr) OV_AssertFailed(kSource, line, operation);
+  return err == noErr;
 }
 
 // The catalog information of every file the library makes: type 'TEXT', creator four spaces.
@@ -86,6 +80,12 @@ int OVFileSystemReference::MakeParentReference(OVFileSystemReference& parent) co
   return FSGetParentRef(&m_fsRef, parent) == noErr ? 0 : -1;
 }
 
+bool OVFileSystemReference::IsMisusedAsFolder() const {
+  Boolean isDirectory = false;
+  const OSErr err = FSGetFinderInfo(&m_fsRef, nullptr, nullptr, &isDirectory);
+  return err == nsvErr || (err == noErr && !isDirectory);
+}
+
 bool OVFileSystemReference::IsFile() const {
   Boolean isDirectory;
   return ReadKind(&m_fsRef, "IsFile", __LINE__, isDirectory) && !isDirectory;
@@ -97,7 +97,7 @@ bool OVFileSystemReference::IsFolder() const {
 }
 
 int OVFileSystemReference::SubobjectExists(const TString& name, bool& exists) const {
-  if (!NamesFolder(&m_fsRef)) OV_AssertFailed(kSource, __LINE__, "SubobjectExists");
+  if (IsMisusedAsFolder()) OV_AssertFailed(kSource, __LINE__, "SubobjectExists");
   const std::vector<UniChar> units = CreateUniCharVectorFromTString(name);
   FSRef child;
   const OSErr err =
@@ -109,7 +109,7 @@ int OVFileSystemReference::SubobjectExists(const TString& name, bool& exists) co
 
 int OVFileSystemReference::CreateDirectory(const TString& name,
                                            OVFileSystemReference& newFolder) const {
-  if (!NamesFolder(&m_fsRef)) OV_AssertFailed(kSource, __LINE__, "CreateDirectory");
+  if (IsMisusedAsFolder()) OV_AssertFailed(kSource, __LINE__, "CreateDirectory");
   const std::vector<UniChar> units = CreateUniCharVectorFromTString(name);
   const OSErr err = FSCreateDirectoryUnicode(&m_fsRef, units.size(), units.data(), kFSCatInfoNone,
                                              nullptr, newFolder, nullptr, nullptr);
@@ -117,7 +117,9 @@ int OVFileSystemReference::CreateDirectory(const TString& name,
 }
 
 int OVFileSystemReference::Rename(const TString& newName) {
-  if (NamesFolder(&m_fsRef)) OV_AssertFailed(kSource, __LINE__, "Rename");
+  Boolean isDirectory = false;
+  if (FSGetFinderInfo(&m_fsRef, nullptr, nullptr, &isDirectory) == noErr && isDirectory)
+    OV_AssertFailed(kSource, __LINE__, "Rename");
   FSRef parent;
   if (FSGetParentRef(&m_fsRef, &parent) != noErr) return -1;
   const std::vector<UniChar> units = CreateUniCharVectorFromTString(newName);
@@ -131,7 +133,7 @@ int OVFileSystemReference::Rename(const TString& newName) {
 
 int OVFileSystemReference::MakeSubobjectReference(const TString& name,
                                                   OVFileSystemReference& child) const {
-  if (!NamesFolder(&m_fsRef)) OV_AssertFailed(kSource, __LINE__, "MakeSubobjectReference");
+  if (IsMisusedAsFolder()) OV_AssertFailed(kSource, __LINE__, "MakeSubobjectReference");
   const std::vector<UniChar> units = CreateUniCharVectorFromTString(name);
   const OSErr err =
       FSMakeFSRefUnicode(&m_fsRef, units.size(), units.data(), kTextEncodingUnicodeDefault, child);
@@ -144,6 +146,19 @@ int OVFileSystemReference::GetName(TString& name) const {
     return -1;
   name = CreateTStringFromUniCharArray(unicodeName.unicode, unicodeName.length);
   return 0;
+}
+
+int OVFileSystemReference::GetPath(TString& path) const {
+  // Paths have no length limit once folders are held; grow until it fits.
+  std::vector<UInt8> bytes(1024);
+  OSErr err;
+  while ((err = FSRefMakePath(&m_fsRef, bytes.data(), static_cast<UInt32>(bytes.size()))) ==
+             paramErr &&
+         bytes.size() < (1u << 20))
+    bytes.resize(bytes.size() * 4);
+  if (err != noErr) return -1;
+  path = CreateTStringFromUTF8(reinterpret_cast<const char*>(bytes.data()));
+  return path.empty() ? -1 : 0;
 }
 
 int OVFileSystemReference::GetVersion(OVFileVersion& version) const {

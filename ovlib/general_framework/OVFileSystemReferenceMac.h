@@ -1,7 +1,8 @@
 // OVFileSystemReferenceMac.h: OVFileSystemReference, the library's value handle for an existing
 // file or folder, and the File Manager extension routines it is built on. Statuses are 0 or -1
-// for the class, the platform's OSErr for the routines; misuse is reported through OV_AssertFailed
-// and the operation then goes on and fails or answers as the platform lets it.
+// for the class, the platform's OSErr for the routines; misuse (a program fault, never a disk that
+// another process changed) is reported through OV_AssertFailed and the operation then goes on and
+// fails or answers as the platform lets it.
 #pragma once
 
 #include <functional>
@@ -33,9 +34,13 @@ class OVFileSystemReference {
   bool Exists() const;
   // The folder holding this object; for the root folder, success with a parent naming nothing.
   int MakeParentReference(OVFileSystemReference& parent) const;
-  // Both report a reference that is not valid and then answer false.
+  // Both report a reference that names nothing and then answer false; for an object that is gone
+  // they answer false.
   bool IsFile() const;
   bool IsFolder() const;
+  // Whether this reference is wrongly used as a folder's: it names nothing, or an existing object
+  // that is not a folder. A folder removed by someone else meanwhile is not misuse.
+  bool IsMisusedAsFolder() const;
   // Whether this folder holds an object `name`: 0 with the answer in `exists`, also when there
   // is none; -1 (and false) when the lookup itself fails, as for a bad name.
   int SubobjectExists(const TString& name, bool& exists) const;
@@ -47,6 +52,8 @@ class OVFileSystemReference {
   int MakeSubobjectReference(const TString& name, OVFileSystemReference& child) const;
   // The object's own name.
   int GetName(TString& name) const;
+  // The object's absolute path as it is now, for showing it: a held folder may have moved.
+  int GetPath(TString& path) const;
   // The present state of this file's data.
   int GetVersion(OVFileVersion& version) const;
   // Whether this file's data is still in the state `version`: nothing was written to it since.

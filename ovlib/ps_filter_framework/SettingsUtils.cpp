@@ -33,15 +33,22 @@ namespace {
 // The product family's preference domains are this prefix and the reduced set name.
 const TString preferences_prefix = L"com.orvelle.";
 const TString maker_folder = L"Orvelle";
+// The most UTF-16 units that a name on disk may have.
+const std::size_t kLongestName = 255;
 const TString package_extension = L".f1s";
 
-// The document that `text` holds, or null when it is not XML. Texts beyond the parser's count
-// are not settings anyone wrote; they read as not XML.
+// What the settings rules read of the document that `text` holds, or null when it is not XML:
+// the root when it is a setting or a package, with its set, filter and name, and a package's
+// payload, its first CDATA section. The rest is checked and dropped as it is read, so that no
+// file, however much markup it holds, costs more than its text and those parts. Texts beyond
+// the parser's count are not settings anyone wrote; they read as not XML.
 Xml::Document* ParseOrNull(const TString& text) {
   if (text.size() > static_cast<size_t>(INT_MAX)) return nullptr;
+  static const Xml::RootSelection read_by_the_rules{
+      {setting_qname, oldstyle_setting_qname}, {set_qname, filter_qname, name_qname}, true};
   try {
     Xml::Parser parser;
-    return parser.Parse(text.data(), static_cast<int>(text.size()));
+    return parser.ParseRoot(text.data(), static_cast<int>(text.size()), read_by_the_rules);
   } catch (const Xml::ParsingException&) {
     return nullptr;  // not XML; it may still be a "[" text setting
   }
@@ -50,13 +57,14 @@ Xml::Document* ParseOrNull(const TString& text) {
 // Whether `file` can be a setting, judged by its first character alone: the "<" of XML, after a
 // byte-order mark and white space, or the "[" of the text form, right after a mark. Reads no
 // further than that character, so that a large file that is no setting is not read whole to
-// learn so. True also when it cannot tell, leaving the answer to the whole reading.
-bool CouldBeASetting(const OVFileSystemReference& file) {
+// learn so. A file that cannot be opened is no setting either: `openError` says why (notAFileErr
+// for what is not a file). True also when it cannot tell, leaving the answer to the whole reading.
+bool CouldBeASetting(const OVFileSystemReference& file, OSErr& openError) {
   HFSUniStr255 dataForkName;
   SInt16 fork;
-  if (FSGetDataForkName(&dataForkName) != noErr ||
-      FSOpenFork(file, dataForkName.length, dataForkName.unicode, fsRdPerm, &fork) != noErr)
-    return true;
+  if (FSGetDataForkName(&dataForkName) != noErr) return true;
+  openError = FSOpenFork(file, dataForkName.length, dataForkName.unicode, fsRdPerm, &fork);
+  if (openError != noErr) return false;
   unsigned char chunk[4096];
   std::size_t count = 0, at = 0, unit = 1;
   bool bigEndian = false, first = true;
@@ -94,15 +102,24 @@ bool CouldBeASetting(const OVFileSystemReference& file) {
   return err != eofErr;
 }
 
-// Reads `file` whole and decodes it into `text`, which is then parsed into `document` (left
-// null when the text is not XML). The status of a failed read or decoding, else 0.
+// Reads `file` whole and decodes it into `text`, which is then parsed into `document` as
+// ParseOrNull keeps it (left null when the text is not XML). `text` is kept only then, for the
+// text form; a document holds all that is read of XML. The status of a failed read (which sets
+// `unreadable`, when given) or decoding, else 0.
 int ReadSettingsFile(const OVFileSystemReference& file, TString& text,
-                     boost::scoped_ptr<Xml::Document>& document) {
-  std::vector<unsigned char> buffer;
-  int status = ReadDiskFileIntoBuffer(file, buffer);
-  if (status == 0) status = ConvertFileBufferToWString(buffer, text);
-  if (status == 0) document.reset(ParseOrNull(text));
-  return status;
+                     boost::scoped_ptr<Xml::Document>& document, bool* unreadable = nullptr) {
+  {
+    // The bytes go before the parse: beside the text, four bytes a character, they would add a
+    // fifth to the largest thing the examination holds.
+    std::vector<unsigned char> buffer;
+    int status = ReadDiskFileIntoBuffer(file, buffer);
+    if (status != 0 && unreadable != nullptr) *unreadable = true;
+    if (status == 0) status = ConvertFileBufferToWString(buffer, text);
+    if (status != 0) return status;
+  }
+  document.reset(ParseOrNull(text));
+  if (document) TString().swap(text);
+  return 0;
 }
 
 TString AttributeValue(const Xml::Element& element, const TString& name) {
@@ -110,46 +127,90 @@ TString AttributeValue(const Xml::Element& element, const TString& name) {
 }
 
 // The value after `key` in a text settings file: up to the next quotation mark after its first
-// character, or to the end; the key's own word when the key is absent. Nothing is unescaped.
+// character, or to the end; the key's own word when the key is absent. Nothing is unescaped. A
+// value longer than any folder's name is cut one character past that length: it is refused all
+// the same, and the rest of what may be a whole file is not copied.
 TString ExtractTextValue(const TString& text, const TString& key, const TString& word) {
   const size_t found = text.find(key);
   if (found == TString::npos) return word;
   const size_t start = found + key.size();
   const size_t end = start < text.size() ? text.find(L'"', start + 1) : TString::npos;
-  return text.substr(start, end == TString::npos ? TString::npos : end - start);
+  const size_t length = end == TString::npos ? TString::npos : end - start;
+  return text.substr(start, std::min(length, kLongestName + 1));
 }
 
-// Moves `folder` to its child `name`, creating the child when it is missing.
-int DescendCreating(OVFileSystemReference& folder, const TString& name) {
-  const std::vector<UniChar> units = CreateUniCharVectorFromTString(name);
-  FSRef child;
-  OSErr status =
-      FSMakeFSRefUnicode(folder, units.size(), units.data(), kTextEncodingUnknown, &child);
-  if (status == fnfErr) {
-    status = FSCreateDirectoryUnicode(folder, units.size(), units.data(), kFSCatInfoNone, nullptr,
-                                      &child, nullptr, nullptr);
-    // Made by another process since the look, such as a second Kestrail installing a setting
-    // of the same filter: as good as one made here.
-    if (status == dupFNErr)
-      status = FSMakeFSRefUnicode(folder, units.size(), units.data(), kTextEncodingUnknown, &child);
+// A name too long for a folder as a message shows it: its start, enough to tell which it is.
+TString Shortened(const TString& name) {
+  return name.size() > kLongestName ? name.substr(0, 64) + L"\u2026" : name;
+}
+
+// Notes in `report`, when there is one, why the routing failed, and fails.
+int Fail(RoutingReport* report, RoutingReport::Problem problem, OSErr status = noErr,
+         const TString& folder = TString()) {
+  if (report != nullptr) {
+    report->m_nProblem = problem;
+    report->m_nStatus = status;
+    report->m_strFolder = folder;
   }
-  if (status != noErr) return -1;
-  folder = OVFileSystemReference(child);
-  return 0;
+  return -1;
 }
 
-// The folder named by the set's "User Folder" preference, when it is a string holding a path
-// to an existing object.
-bool PreferredBaseFolder(const TString& setName, OVFileSystemReference& base) {
+// Where the user's data folder is, whether or not it exists, to name it when it cannot be made;
+// fnfErr when there is no home folder to have one in.
+OSErr DataFolderPath(FSVolumeRefNum domain, TString& path) {
+  // As the environment gives it, which may be longer than any path the system takes.
+  std::vector<UInt8> bytes(4096);
+  OSErr err;
+  while ((err = FSFindFolderPath(domain, kApplicationSupportFolderType, bytes.data(),
+                                 static_cast<UInt32>(bytes.size()))) == paramErr &&
+         bytes.size() < (1u << 20))
+    bytes.resize(bytes.size() * 4);
+  path = err == noErr ? CreateTStringFromUTF8(reinterpret_cast<const char*>(bytes.data())) : L"?";
+  return err;
+}
+
+// The path of `name` inside `folder`, to name a folder that could not be found or made.
+TString PathInside(const OVFileSystemReference& folder, const TString& name) {
+  TString path;
+  if (folder.GetPath(path) != 0) path = L"?";
+  return path == L"/" ? path + name : path + L"/" + name;
+}
+
+// The folder named by the set's "User Folder" preference, when it is a string holding an absolute
+// path to an existing folder. A preference that is set but cannot serve is noted in `report`.
+bool PreferredBaseFolder(const TString& setName, OVFileSystemReference& base,
+                         RoutingReport* report) {
   auto domain =
       CFHold(CreateCFStringRefFromTString(preferences_prefix + ToLowerCaseAndStripSpaces(setName)));
   if (!domain) return false;
   auto value = CFHold(CFPreferencesCopyAppValue(CFSTR("User Folder"), domain.get()));
-  if (!value || CFGetTypeID(value.get()) != CFGetTypeID(domain.get())) return false;
-  char path[1024];
-  return CFStringGetCString(static_cast<CFStringRef>(value.get()), path, sizeof path,
-                            kCFStringEncodingUTF8) &&
-         FSPathMakeRef(reinterpret_cast<const UInt8*>(path), base, nullptr) >= 0;
+  if (!value) return false;
+  OSErr status = paramErr;
+  TString pathText;
+  if (CFGetTypeID(value.get()) == CFGetTypeID(domain.get())) {
+    const auto text = static_cast<CFStringRef>(value.get());
+    pathText = CreateTStringFromCFStringRef(text);
+    // As long as the system lets a path be: the system itself says when it is too long.
+    std::vector<char> path(static_cast<std::size_t>(CFStringGetMaximumSizeForEncoding(
+                               CFStringGetLength(text), kCFStringEncodingUTF8)) +
+                           1);
+    Boolean isDirectory = false;
+    if (!CFStringGetCString(text, path.data(), static_cast<CFIndex>(path.size()),
+                            kCFStringEncodingUTF8))
+      status = bdNamErr;
+    else if (path[0] != '/')
+      status = bdNamErr;  // relative to what? Not to wherever Kestrail happened to start
+    else if ((status = FSPathMakeRef(reinterpret_cast<const UInt8*>(path.data()), base,
+                                     &isDirectory)) == noErr &&
+             !isDirectory)
+      status = dirNFErr;
+  }
+  if (status == noErr) return true;
+  if (report != nullptr) {
+    report->m_nUserFolderStatus = status;
+    report->m_strUserFolder = pathText;
+  }
+  return false;
 }
 
 }  // namespace
@@ -167,12 +228,32 @@ int SettingsUtils::LocateFolderForSetting(const OVFileSystemReference& sourceFil
                                           OVFileSystemReference& destinationFolder,
                                           TString& settingName, TString& setName,
                                           TString& filterName, bool& isOldStyle,
-                                          bool& needsGlimmerboxFolder) {
+                                          bool& needsGlimmerboxFolder, RoutingReport* report) {
   needsGlimmerboxFolder = false;
-  if (!CouldBeASetting(sourceFile)) return -1;
+  FSCatalogInfo catalogInfo;
+  const OSErr looked =
+      FSGetCatalogInfo(sourceFile, kFSCatInfoDataSizes, &catalogInfo, nullptr, nullptr, nullptr);
+  if (looked != noErr) return Fail(report, RoutingReport::kUnreadable, looked);
+  // Refused before it is read: reading it whole would take memory many times its size.
+  if (catalogInfo.dataLogicalSize > kLargestSettingsFile)
+    return Fail(report, RoutingReport::kTooLarge);
+  OSErr openError = noErr;
+  if (!CouldBeASetting(sourceFile, openError)) {
+    if (openError == noErr || openError == notAFileErr)
+      return Fail(report, RoutingReport::kNotASetting);
+    return Fail(report, RoutingReport::kUnreadable, openError);
+  }
   TString text;
   boost::scoped_ptr<Xml::Document> document;
-  if (const int status = ReadSettingsFile(sourceFile, text, document)) return status;
+  bool unreadable = false;
+  if (const int status = ReadSettingsFile(sourceFile, text, document, &unreadable)) {
+    // Opened, then not read to its end: a disk error, or a file cut short meanwhile.
+    if (unreadable)
+      Fail(report, RoutingReport::kUnreadable, ioErr);
+    else
+      Fail(report, RoutingReport::kNotASetting);
+    return status;
+  }
   if (document) {
     const Xml::Element& root = document->GetRoot();
     if (root.GetName() == oldstyle_setting_qname) {
@@ -180,7 +261,7 @@ int SettingsUtils::LocateFolderForSetting(const OVFileSystemReference& sourceFil
     } else if (root.GetName() == setting_qname) {
       isOldStyle = false;
     } else {
-      return -1;
+      return Fail(report, RoutingReport::kNotASetting);
     }
     setName = AttributeValue(root, set_qname);
     filterName = AttributeValue(root, filter_qname);
@@ -190,34 +271,80 @@ int SettingsUtils::LocateFolderForSetting(const OVFileSystemReference& sourceFil
       needsGlimmerboxFolder = true;
       return 0;
     }
-    return GetUserSettingsFolderForFilter(setName, filterName, destinationFolder);
+    return GetUserSettingsFolderForFilter(setName, filterName, destinationFolder, report);
   }
 
   // Not XML: a text settings file starts with "[" at its very first character. It names its set
   // and filter but not itself, and its set is routed like any other, the legacy one included.
-  if (text.empty() || text[0] != L'[') return -1;
+  if (text.empty() || text[0] != L'[') return Fail(report, RoutingReport::kNotASetting);
   setName = ExtractTextValue(text, L"\"set\": \"", set_qname);
   filterName = ExtractTextValue(text, L"\"filter\": \"", filter_qname);
   isOldStyle = false;
-  return GetUserSettingsFolderForFilter(setName, filterName, destinationFolder);
+  return GetUserSettingsFolderForFilter(setName, filterName, destinationFolder, report);
 }
 
 int SettingsUtils::GetUserSettingsFolderForFilter(const TString& setName, const TString& filterName,
-                                                  OVFileSystemReference& userSettingsFolder) {
+                                                  OVFileSystemReference& userSettingsFolder,
+                                                  RoutingReport* report) {
   SInt32 folderManager = 0;
   if (Gestalt(gestaltFindFolderAttr, &folderManager) != noErr) return -1;
   const FSVolumeRefNum domain =
       folderManager & (1 << gestaltFolderMgrSupportsDomains) ? kUserDomain : kOnSystemDisk;
 
+  // A set name too long for a folder cannot name a preferences file either.
   OVFileSystemReference folder;
-  if (!PreferredBaseFolder(setName, folder) &&
-      FSFindFolder(domain, kApplicationSupportFolderType, kCreateFolder, folder) != noErr) {
-    return -1;
+  if (setName.size() > kLongestName || !PreferredBaseFolder(setName, folder, report)) {
+    const OSErr found = FSFindFolder(domain, kApplicationSupportFolderType, kCreateFolder, folder);
+    if (found != noErr) {
+      TString path;
+      if (DataFolderPath(domain, path) == fnfErr) return Fail(report, RoutingReport::kNoHomeFolder);
+      return Fail(report, RoutingReport::kFolder, found, path);
+    }
+  }
+  // Refused before any folder is looked up or made for it: each step would copy a name that may
+  // be a whole file's worth of text.
+  if (setName.size() > kLongestName) {
+    return Fail(report, RoutingReport::kFolder, errFSNameTooLong,
+                PathInside(folder, maker_folder + L"/" + Shortened(setName)));
+  }
+  if (filterName.size() > kLongestName) {
+    return Fail(report, RoutingReport::kFolder, errFSNameTooLong,
+                PathInside(folder, maker_folder + L"/" + setName + L"/" + Shortened(filterName)));
   }
   for (const TString* level : {&maker_folder, &setName, &filterName}) {
-    if (DescendCreating(folder, *level) != 0) return -1;
+    if (GetSubfolder(folder, *level, true, folder, report) != 0) return -1;
   }
   userSettingsFolder = folder;
+  return 0;
+}
+
+int SettingsUtils::GetSubfolder(const OVFileSystemReference& parent, const TString& name,
+                                bool create, OVFileSystemReference& folder, RoutingReport* report) {
+  const std::vector<UniChar> units = CreateUniCharVectorFromTString(name);
+  FSRef child;
+  OSErr status = noErr;
+  // What was found may be replaced before it is looked at again (a link swapped for a folder):
+  // then what is there by now decides, as a fresh look would.
+  for (int attempt = 0; attempt < 3; ++attempt) {
+    status = FSMakeFSRefUnicode(parent, units.size(), units.data(), kTextEncodingUnknown, &child);
+    if (status == fnfErr && create) {
+      status = FSCreateDirectoryUnicode(parent, units.size(), units.data(), kFSCatInfoNone, nullptr,
+                                        &child, nullptr, nullptr);
+      // Made by another process since the look, such as a second Kestrail installing a setting
+      // of the same filter: as good as one made here.
+      if (status == dupFNErr)
+        status =
+            FSMakeFSRefUnicode(parent, units.size(), units.data(), kTextEncodingUnknown, &child);
+    }
+    if (status != noErr) break;
+    Boolean isFolder = false, wasLink = false;
+    status = FSResolveAliasFile(&child, true, &isFolder, &wasLink);
+    if (status == noErr && !isFolder) status = dirNFErr;
+    if (status != fnfErr) break;
+  }
+  if (status != noErr)
+    return Fail(report, RoutingReport::kFolder, status, PathInside(parent, name));
+  folder = OVFileSystemReference(child);
   return 0;
 }
 
@@ -266,20 +393,26 @@ int SettingsUtils::UnpackageOldSettingsFile(OVFileSystemReference& packageFile,
                                             OVFileSystemReference& destinationFolder,
                                             OVFileSystemReference& unpackedFile, bool overwrite,
                                             const OVFileVersion* packageVersion) {
-  if (!destinationFolder.IsFolder()) {
+  if (destinationFolder.IsMisusedAsFolder()) {
     OV_AssertFailed("ovlib/ps_filter_framework/SettingsUtils", 183, "UnpackageOldSettingsFile");
   }
   TString text;
   boost::scoped_ptr<Xml::Document> document;
   if (const int status = ReadSettingsFile(packageFile, text, document)) return status;
+
   if (!document || document->GetRoot().GetName() != oldstyle_setting_qname) return -1;
   // A package written since it was examined may carry another setting than the one shown.
   if (packageVersion != nullptr && !packageFile.HasVersion(*packageVersion)) return -1;
   const Xml::Element& root = document->GetRoot();
   const TString name = root.GetAttribute(name_qname.c_str()).GetValue();
-  const TString payload = root.GetCData(0).GetData();
+  TString payload = root.GetCData(0).GetData();
+  // Gone, the memory it leaves for the next parse too, before the bytes are made: the package
+  // held beside its payload and the bytes would be six times the file.
+  document.reset();
+  Xml::Parser::ReleaseSpareMemory();
   // Each character carries one byte; characters beyond a byte keep their low 8 bits.
   std::vector<unsigned char> bytes(payload.begin(), payload.end());
+  TString().swap(payload);
   return WriteBufferToDiskFile(destinationFolder, name, bytes, overwrite, unpackedFile);
 }
 

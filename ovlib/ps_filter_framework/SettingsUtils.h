@@ -5,6 +5,7 @@
 
 #include <vector>
 
+#include "platform/MacTypes.h"
 #include "xmlparser/TString.h"
 
 class OVFileSystemReference;
@@ -27,6 +28,31 @@ extern const TString zephyrine;
 // space stays. "Big Set 3" becomes "bigset3".
 TString ToLowerCaseAndStripSpaces(const TString& s);
 
+// What the routing rules found beyond their status, for the messages that tell the user: why a
+// setting could not be examined or its folder not found or made, and a "User Folder" preference
+// that was set but could not be used.
+struct RoutingReport {
+  enum Problem {
+    kNoProblem,
+    kNotASetting,   // the file's contents are no setting
+    kUnreadable,    // the file could not be read; m_nStatus says why
+    kTooLarge,      // the file is larger than any setting
+    kNoHomeFolder,  // there is no folder to keep settings in: no home folder
+    kFolder,        // the folder m_strFolder could not be found or made; m_nStatus says why
+  };
+  Problem m_nProblem = kNoProblem;
+  OSErr m_nStatus = noErr;
+  TString m_strFolder;  // its path
+
+  // A "User Folder" preference that was not used, and why (paramErr: not a text; bdNamErr: not
+  // an absolute path; else the status of looking it up). The data folder serves instead.
+  OSErr m_nUserFolderStatus = noErr;
+  TString m_strUserFolder;
+};
+
+// The largest file that is examined as a setting; settings are a few kilobytes.
+inline constexpr unsigned long long kLargestSettingsFile = 64ull << 20;
+
 class SettingsUtils {
  public:
   // Examines `sourceFile`: an XML settings file (root "setting"), an old-style package (root
@@ -34,18 +60,28 @@ class SettingsUtils {
   // the file states and `isOldStyle` are set, and either `needsGlimmerboxFolder` (an XML form of
   // the legacy set: the user picks the folder) or `destinationFolder`, the filter's user settings
   // folder, created as needed. `settingName` is written for the XML forms only. A failed read or
-  // decoding returns its status; anything else that is not a setting returns -1.
+  // decoding returns its status; anything else that is not a setting returns -1. A file larger
+  // than kLargestSettingsFile is refused before it is read. With `report`, it says why.
   static int LocateFolderForSetting(const OVFileSystemReference& sourceFile,
                                     OVFileSystemReference& destinationFolder, TString& settingName,
                                     TString& setName, TString& filterName, bool& isOldStyle,
-                                    bool& needsGlimmerboxFolder);
+                                    bool& needsGlimmerboxFolder, RoutingReport* report = nullptr);
 
   // The folder "Orvelle"/`setName`/`filterName` inside the set's "User Folder" preference, or
-  // inside the user's Application Support folder when that preference is not a path to an
-  // existing object. Missing levels are created. 0, or -1 with the levels made so far left in
-  // place. Each name is one name inside its parent, never a path.
+  // inside the user's Application Support folder when that preference is not an absolute path to
+  // an existing folder. Missing levels are created; each level may be a link that the user or
+  // root made. 0, or -1 with the levels made so far left in place and `report`, when given,
+  // saying which folder and why. Each name is one name inside its parent, never a path.
   static int GetUserSettingsFolderForFilter(const TString& setName, const TString& filterName,
-                                            OVFileSystemReference& userSettingsFolder);
+                                            OVFileSystemReference& userSettingsFolder,
+                                            RoutingReport* report = nullptr);
+
+  // The folder `name` inside `parent`: a folder there, or a link there to a folder when the link
+  // belongs to the user or to root (the user's own arrangement, such as settings kept on another
+  // disk); with `create`, made when missing. 0, or -1 with `report`, when given, saying which
+  // folder and why.
+  static int GetSubfolder(const OVFileSystemReference& parent, const TString& name, bool create,
+                          OVFileSystemReference& folder, RoutingReport* report = nullptr);
 
   // The product set of an old filter: 0 and `setName` assigned when the filter is known, else -1
   // and `setName` untouched.

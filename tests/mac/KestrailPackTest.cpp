@@ -39,7 +39,9 @@ TEST_F(KestrailPackTest, PackagesOrSaysWhyNot) {
 
   // The program's own command line; the reader's rules are its own table's.
   EXPECT_EQ(2, Pack({}).status);
-  EXPECT_EQ(2, Pack({"--into", m_temp.Path("in/good"), m_temp.Path("in/good")}).status);
+  for (const std::string& into : {m_temp.Path("in/good"), std::string()}) {
+    EXPECT_EQ(2, Pack({"--into", into, m_temp.Path("in/good")}).status) << "--into " << into;
+  }
   EXPECT_NE(std::string::npos, Pack({"--help"}).out.find("--into FOLDER"));
   EXPECT_EQ(std::string("kestrail-pack ") + kVersion + "\n", Pack({"--version"}).out);
 }

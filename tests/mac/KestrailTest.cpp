@@ -7,10 +7,13 @@
 #include <signal.h>
 #include <sys/mount.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <chrono>
 #include <cstring>
 #include <deque>
+#include <functional>
+#include <iostream>
 #include <set>
 
 #include "mac/Kestrail.h"
@@ -40,10 +43,23 @@ const std::string kWashPackage =
     "<![CDATA[InkPuddle\rdepth=2\r]]></oldstyle_setting>";
 const DialogItemIndex kKeep = kAlertStdAlertOKButton, kReplace = kAlertStdAlertCancelButton;
 
+// The alert for a settings folder that could not be had, as the terminal shows it.
+std::string FolderProblem(const std::string& path, const std::string& reason) {
+  return "The folder \"" + path + "\" could not be found or made: " + reason + ".";
+}
+
 class KestrailTest : public SettingsHomeTest {
  protected:
   ProgramRun Open(const std::string& file, const std::string& answers = "") {
     return RunProgram(KESTRAIL, {m_temp.Path(file)}, answers);
+  }
+  // The files of that name below the temporary folder, the opened ones in in/ aside.
+  int CountInstalled(const std::string& name) const {
+    int count = 0;
+    for (const auto& entry : fs::recursive_directory_iterator(m_temp.Path()))
+      count += entry.path().filename() == name &&
+               entry.path().string().rfind(m_temp.Path("in/"), 0) != 0;
+    return count;
   }
 
   // Dialogs on the terminal, in English whatever the machine's language.
@@ -78,9 +94,6 @@ TEST_F(KestrailTest, Outcomes) {
        "<oldstyle_setting set=\"Daubery\" filter=\"F\" name=\"../x\"><![CDATA[x]]>"
        "</oldstyle_setting>",
        kFailure, "", ""},
-      // The user's disk, not a bug: a failure, and no report.
-      {"a file where the filter's folder belongs", kDauberyFolder, kDaubery, kFailure,
-       kDauberyFolder, ""},
   };
   for (const Case& c : cases) {
     SCOPED_TRACE(c.label);
@@ -121,7 +134,8 @@ TEST_F(KestrailTest, GlimmerboxFolder) {
   const Case cases[] = {
       {"cancelled", filter, "in/Glow.xml", "\n", kLocating, ""},
       {"no Glimmerbox Settings in it", "", "in/Glow.xml", chosen, kLocating, ""},
-      {"no filter folder", "Glimmerbox Settings", "in/Glow.xml", chosen, kFailure, ""},
+      {"no filter folder", "Glimmerbox Settings", "in/Glow.xml", chosen,
+       FolderProblem(m_temp.Path("Glimmerbox/" + filter), "it does not exist"), ""},
       {"chosen", filter, "in/Glow.xml", chosen, kInstalled, "Glimmerbox/" + filter + "/Glow.xml"},
       {"old-style, chosen", filter, "in/Glow.f1s", chosen, kInstalled,
        "Glimmerbox/" + filter + "/Old Glow"},
@@ -156,6 +170,30 @@ TEST_F(KestrailTest, WhatIsNoFileIsNoSetting) {
   }
 }
 
+// Whoever answers on the terminal, the question ends: endless input without a line end takes the
+// default, and keeps the installed setting. A name that holds a line feed and a right-to-left
+// override shows both as escapes, so that it cannot pass for more of the question.
+TEST_F(KestrailTest, TheTerminalQuestionCannotBeHeldOrFaked) {
+  const std::string name = "Wash\nReplace is safe.\u202Elmx.hsaW";
+  const std::string shown = "Wash\\x0aReplace is safe.\\u202elmx.hsaW";
+  m_temp.Write("in/" + name, kDaubery);
+  fs::create_directories(m_temp.Path(kDauberyFolder));
+  m_temp.Write(kDauberyFolder + "/" + name, "the installed one");
+  for (const std::string& input : {std::string(1 << 20, 'y'), std::string(10 << 20, '\0')}) {
+    const ProgramRun run = Open("in/" + name, input);
+    EXPECT_EQ(0, run.status);
+    EXPECT_NE(std::string::npos,
+              run.out.find("A setting named \"" + shown + "\" is already installed."))
+        << run.out;
+    EXPECT_NE(std::string::npos, run.out.find("No line end in 4096 bytes; taking Keep Existing."));
+    EXPECT_EQ("the installed one", m_temp.Contents(kDauberyFolder + "/" + name));
+  }
+  const ProgramRun run = Open("in/" + name, "r\n");
+  EXPECT_NE(std::string::npos,
+            run.out.find(kInstalled + m_temp.Path(kDauberyFolder) + "/" + shown + "\n"))
+      << run.out;
+}
+
 // A display that cannot be opened costs the windows, not the import: one line on standard error
 // says why, and the questions come on the terminal.
 TEST_F(KestrailTest, UnreachableDisplayFallsBackToTheTerminal) {
@@ -165,6 +203,293 @@ TEST_F(KestrailTest, UnreachableDisplayFallsBackToTheTerminal) {
   EXPECT_EQ(0, run.status);
   EXPECT_NE(std::string::npos, run.err.find("kestrail: no dialog windows (")) << run.err;
   EXPECT_NE(std::string::npos, run.out.find(kInstalled)) << run.out;
+}
+
+// Every way a setting can fail to find its folder, each told as it is; and the user's own links
+// to where the settings really are, followed. A "User Folder" that cannot serve, and preferences
+// that are no file to read, are said on standard error while the setting goes to the data folder.
+TEST_F(KestrailTest, EachProblemIsToldAsItIs) {
+  const std::string data = m_temp.Path("home/data"), elsewhere = m_temp.Path("elsewhere");
+  const std::string preferences = m_temp.Path("home/config/com.orvelle.daubery.plist");
+  const std::string inData = kDauberyFolder + "/Wash.xml";
+  const auto userFolder = [&](const std::string& path) {
+    m_temp.Write("home/config/com.orvelle.daubery.plist",
+                 "<plist><dict><key>User Folder</key><string>" + path + "</string></dict></plist>");
+    return true;
+  };
+  const auto unused = [](const std::string& path, const std::string& reason) {  // on the terminal
+    return "kestrail: The \"User Folder\" preference \"" + path + "\" is not used: " + reason +
+           ". Settings go into the data folder instead.";
+  };
+  const auto foreign = [](const std::string& path) {  // only root can give a link away
+    return geteuid() == 0 && lchown(path.c_str(), 4242, 4242) == 0;
+  };
+  std::string longPath = data, deepFolder = m_temp.Path("deep");
+  while (longPath.size() < 5000) longPath += "/" + std::string(200, 'd');
+  while (deepFolder.size() < 2000) deepFolder += "/" + std::string(200, 'e');
+  struct Case {
+    const char* label;
+    std::function<bool()> arrange;  // false when it cannot be arranged here
+    std::vector<std::pair<const char*, const char*>> variables;  // a null value unsets
+    std::string contents, out, err;
+    std::string installed;  // "" for nowhere
+  };
+  const Case cases[] = {
+      {"a link to where the maker's folder is",
+       [&] {
+         return fs::create_directories(elsewhere + "/Orvelle"),
+                fs::create_directory_symlink(elsewhere + "/Orvelle", data + "/Orvelle"), true;
+       },
+       {},
+       kDaubery,
+       kInstalled + elsewhere + "/Orvelle/Daubery/InkPuddle/Wash.xml",
+       "",
+       "elsewhere/Orvelle/Daubery/InkPuddle/Wash.xml"},
+      {"a link to where the set's folder is",
+       [&] {
+         return fs::create_directories(elsewhere), fs::create_directories(data + "/Orvelle"),
+                fs::create_directory_symlink(elsewhere, data + "/Orvelle/Daubery"), true;
+       },
+       {},
+       kDaubery,
+       kInstalled + elsewhere + "/InkPuddle/Wash.xml",
+       "",
+       "elsewhere/InkPuddle/Wash.xml"},
+      {"another user's link",
+       [&] {
+         return fs::create_directories(elsewhere),
+                fs::create_directory_symlink(elsewhere, data + "/Orvelle"),
+                foreign(data + "/Orvelle");
+       },
+       {},
+       kDaubery,
+       FolderProblem(data + "/Orvelle", "it is a link that belongs to another user"),
+       "",
+       ""},
+      {"no home",
+       [] { return true; },
+       {{"HOME", nullptr}, {"XDG_DATA_HOME", nullptr}},
+       kDaubery,
+       "there is no home folder",
+       "",
+       ""},
+      {"a data home that is a file",
+       [&] { return m_temp.Write("home/file", ""), true; },
+       {{"XDG_DATA_HOME", "FILE"}},
+       kDaubery,
+       FolderProblem(m_temp.Path("home/file"), "it is not a folder"),
+       "",
+       ""},
+      {"a data home path too long",
+       [] { return true; },
+       {{"XDG_DATA_HOME", "LONG"}},
+       kDaubery,
+       FolderProblem(longPath, "its name or path is too long"),
+       "",
+       ""},
+      {"a read-only data home",
+       [&] { return mount("kestrail-test", data.c_str(), "tmpfs", MS_RDONLY, "") == 0; },
+       {},
+       kDaubery,
+       FolderProblem(data + "/Orvelle", "the disk is read-only"),
+       "",
+       ""},
+      {"a set's name too long",
+       [] { return true; },
+       {},
+       "<setting set=\"" + std::string(256, 's') + "\" filter=\"F\" name=\"n\"/>",
+       FolderProblem(data + "/Orvelle/" + std::string(64, 's') + "\u2026",
+                     "its name or path is too long"),
+       "",
+       ""},
+      {"a file where the filter's folder belongs",
+       [&] {
+         return fs::create_directories(data + "/Orvelle/Daubery"), m_temp.Write(kDauberyFolder, ""),
+                true;
+       },
+       {},
+       kDaubery,
+       FolderProblem(m_temp.Path(kDauberyFolder), "it is not a folder"),
+       "",
+       ""},
+      {"a file too large to be a setting",
+       [&] { return true; },
+       {},
+       kDaubery,
+       "This file is too large to be a settings file.",
+       "",
+       ""},
+      {"a \"User Folder\" that is a file",
+       [&] { return userFolder(m_temp.Path("in/Wash.xml")); },
+       {},
+       kDaubery,
+       kInstalled,
+       unused(m_temp.Path("in/Wash.xml"), "it is not a folder"),
+       inData},
+      {"a relative \"User Folder\"",
+       [&] { return userFolder("Presets"); },
+       {},
+       kDaubery,
+       kInstalled,
+       unused("Presets", "it is not an absolute path"),
+       inData},
+      {"a long \"User Folder\"",
+       [&] { return fs::create_directories(deepFolder), userFolder(deepFolder); },
+       {},
+       kDaubery,
+       kInstalled + deepFolder,
+       "",
+       deepFolder.substr(m_temp.Path().size() + 1) + "/Orvelle/Daubery/InkPuddle/Wash.xml"},
+      {"preferences that are a folder",
+       [&] { return fs::create_directory(preferences); },
+       {},
+       kDaubery,
+       kInstalled,
+       preferences + ": not a regular file",
+       inData},
+      {"preferences that are a pipe",
+       [&] { return mkfifo(preferences.c_str(), 0600) == 0; },
+       {},
+       kDaubery,
+       kInstalled,
+       preferences + ": not a regular file",
+       inData},
+      {"preferences that lead to endless zeros",
+       [&] { return fs::create_symlink("/dev/zero", preferences), true; },
+       {},
+       kDaubery,
+       kInstalled,
+       preferences + ": not a regular file",
+       inData},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.label);
+    for (const char* folder : {"home/data", "home/config", "elsewhere", "deep"})
+      fs::remove_all(m_temp.Path(folder));
+    fs::create_directories(data);
+    fs::create_directories(m_temp.Path("home/config"));
+    if (!c.arrange()) {
+      std::cout << "not arranged here: " << c.label << "\n";
+      continue;
+    }
+    m_temp.Write("in/Wash.xml", c.contents);
+    // Sparse: its size alone must refuse it.
+    if (c.out.find("too large") != std::string::npos)
+      fs::resize_file(m_temp.Path("in/Wash.xml"), (64 << 20) + 1);
+    std::deque<ScopedVariable> variables;
+    for (const auto& [name, value] : c.variables) {
+      const std::string given = value == nullptr ? "" : value;
+      variables.emplace_back(name, value == nullptr  ? nullptr
+                                   : given == "FILE" ? m_temp.Path("home/file").c_str()
+                                   : given == "LONG" ? longPath.c_str()
+                                                     : value);
+    }
+    const ProgramRun run = Open("in/Wash.xml");
+    umount2(data.c_str(), MNT_DETACH);
+    EXPECT_EQ(0, run.status) << run.err;
+    EXPECT_NE(std::string::npos, run.out.find(c.out)) << run.out;
+    EXPECT_EQ(std::string::npos, run.out.find("bug")) << run.out;
+    EXPECT_NE(std::string::npos, run.err.find(c.err)) << run.err;
+    EXPECT_EQ(c.installed.empty() ? 0 : 1, CountInstalled("Wash.xml"));
+    if (!c.installed.empty()) {
+      EXPECT_EQ(c.contents, m_temp.Contents(c.installed));
+    }
+  }
+}
+
+// What root cannot meet for real, through the disk seam: a folder that may not be made, and a
+// setting that may not be read.
+TEST_F(KestrailTest, DeniedPermissionIsToldAsSuch) {
+  struct Denying : FaultyDisk {
+    int Open(int folder, const char* name, int flags, mode_t mode, int& fd) override {
+      const bool readsData =
+          (flags & (O_PATH | O_DIRECTORY)) == 0 && (flags & O_ACCMODE) == O_RDONLY;
+      return m_bDenyReading && readsData ? EACCES : FaultyDisk::Open(folder, name, flags, mode, fd);
+    }
+    int MakeFolder(int folder, const char* name, mode_t mode) override {
+      struct stat existing;  // an existing folder is told as such whatever the permissions
+      if (!m_bDenyMaking || fstatat(folder, name, &existing, AT_SYMLINK_NOFOLLOW) == 0)
+        return FaultyDisk::MakeFolder(folder, name, mode);
+      return EACCES;
+    }
+    bool m_bDenyReading = false, m_bDenyMaking = false;
+  };
+  m_temp.Write("in/Wash.xml", kDaubery);
+  for (bool reading : {true, false}) {
+    SCOPED_TRACE(reading ? "reading" : "making");
+    Denying disk;
+    (reading ? disk.m_bDenyReading : disk.m_bDenyMaking) = true;
+    m_alerts.m_vecAlerts.clear();
+    {
+      ScopedDiskBackend denying(disk);
+      ImportOneSetting(*Ref("in/Wash.xml"));
+    }
+    ASSERT_EQ(1u, m_alerts.m_vecAlerts.size());
+    EXPECT_EQ(reading ? "This file could not be read: permission denied."
+                      : "The folder \"\u2068" + m_temp.Path("home/data/Orvelle") +
+                            "\u2069\" could not be found or made: permission denied.",
+              m_alerts.m_vecAlerts[0].m_strMessage);
+  }
+  EXPECT_FALSE(fs::exists(m_temp.Path("home/data/Orvelle")));
+}
+
+// A folder on the setting's way swapped for another user's link to a folder elsewhere (or any
+// folder above it, up to the maker's), at each disk call of an install in turn, through both ways
+// of installing: nothing is ever written elsewhere, the filter's folder holds the older setting or
+// the new one whole and nothing else, no bug is reported, and the alert tells what happened.
+TEST_F(KestrailTest, AFolderSwappedForALinkAtAnyMomentRedirectsNothing) {
+  if (geteuid() != 0) GTEST_SKIP() << "only root can give a link away, as a planted one would be";
+  const std::string copied = kDaubery + "<!--" + std::string(3 * 4096, 'x') + "-->";
+  m_temp.Write("in/Wash.xml", copied);
+  m_temp.Write("in/Wash.f1s", kWashPackage);
+  const std::string elsewhere = m_temp.Path("elsewhere");
+  int runs = 0;
+  for (const std::string file : {"in/Wash.xml", "in/Wash.f1s"}) {
+    const std::string newer = file == "in/Wash.xml" ? copied : "InkPuddle\rdepth=2\r";
+    for (const std::string& level : {std::string("home/data/Orvelle"),
+                                     std::string("home/data/Orvelle/Daubery"), kDauberyFolder}) {
+      for (int swapAt = 1;; ++swapAt) {
+        SCOPED_TRACE(testing::Message() << file << ", " << level << ", call " << swapAt);
+        fs::remove_all(m_temp.Path("home/data"));
+        fs::remove_all(elsewhere);
+        fs::create_directories(m_temp.Path(kDauberyFolder));
+        fs::create_directory(elsewhere);
+        m_temp.Write(kInstalledWash, "the installed one");
+        const OVFileSystemReference source = Ref(file);
+        int calls = 0;
+        FaultyDisk disk;
+        disk.m_beforeCall = [&](DiskCall) {
+          if (++calls != swapAt) return;
+          fs::rename(m_temp.Path(level), m_temp.Path(level + ".moved"));
+          fs::create_directory_symlink(elsewhere, m_temp.Path(level));
+          lchown(m_temp.Path(level).c_str(), 4242, 4242);
+        };
+        m_alerts.m_vecAlerts.clear();
+        m_alerts.m_queAnswers = {kReplace};
+        {
+          ScopedDiskBackend swapping(disk);
+          ImportOneSetting(*source);
+        }
+        if (calls < swapAt) break;  // every call has had its turn
+        ++runs;
+        std::string folder = kDauberyFolder;
+        folder.replace(0, level.size(), level + ".moved");
+        EXPECT_TRUE(fs::is_empty(elsewhere));
+        EXPECT_EQ(std::set<std::string>{"Wash.xml"}, m_temp.Names(folder));
+        const std::string now = m_temp.Contents(folder + "/Wash.xml");
+        EXPECT_TRUE(now == "the installed one" || now == newer) << now;
+        ASSERT_FALSE(m_alerts.m_vecAlerts.empty());
+        for (const AlertDescription& alert : m_alerts.m_vecAlerts)
+          EXPECT_NE(kAlertStopAlert, alert.m_nKind) << alert.m_strExplanation;
+        const std::string& told = m_alerts.m_vecAlerts.back().m_strMessage;
+        EXPECT_EQ(now == newer, told.find(kInstalled) == 0) << told;
+        if (now == newer) {
+          EXPECT_NE(std::string::npos, told.find(m_temp.Path(folder + "/Wash.xml"))) << told;
+        }
+      }
+    }
+  }
+  EXPECT_GE(runs, 100);
 }
 
 // A full disk refuses the replacement whole, before any of it is written, and the setting it was
@@ -248,8 +573,9 @@ TEST_F(KestrailTest, ReplaceQuestionKeepsTheFileOnReturn) {
   ASSERT_EQ(2u, m_alerts.m_vecAlerts.size());
   const AlertDescription& alert = m_alerts.m_vecAlerts[0];
   EXPECT_EQ(kAlertCautionAlert, alert.m_nKind);
-  EXPECT_EQ("A setting named \"a b.xml\" is already installed. Do you want to replace it?",
-            alert.m_strMessage);
+  EXPECT_EQ(
+      "A setting named \"\u2068a b.xml\u2069\" is already installed. Do you want to replace it?",
+      alert.m_strMessage);
   EXPECT_EQ((AlertButtons{{"Keep Existing", kKeep}, {"Replace", kReplace}}), Buttons(0));
   EXPECT_EQ(kKeep, alert.m_nDefaultItem);
   EXPECT_EQ(kKeep, alert.m_nCancelItem);  // Escape and closing keep it too

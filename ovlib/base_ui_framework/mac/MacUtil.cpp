@@ -9,6 +9,7 @@
 #include "ovlib/general_framework/OVUtil.h"
 #include "platform/CFHolder.h"
 #include "platform/System.h"
+#include "platform/Terminal.h"
 
 namespace {
 
@@ -46,7 +47,9 @@ DialogItemIndex RunReport(CFStringRef message, CFStringRef explanation,
 }  // namespace
 
 int ReadDiskFileIntoBuffer(const OVFileSystemReference& file, std::vector<unsigned char>& buffer) {
-  if (!file.Exists()) OV_AssertFailed(kSource, __LINE__, "ReadDiskFileIntoBuffer");
+  // A reference that names nothing is this program's fault; a file removed meanwhile is not.
+  if (FSGetCatalogInfo(file, kFSCatInfoNone, nullptr, nullptr, nullptr, nullptr) == nsvErr)
+    OV_AssertFailed(kSource, __LINE__, "ReadDiskFileIntoBuffer");
   HFSUniStr255 dataForkName;
   if (FSGetDataForkName(&dataForkName) != noErr) return -1;
   SInt16 fork;
@@ -137,7 +140,7 @@ void OV_AssertFailed(const char* file, unsigned int line, const char* function) 
 }
 
 void OV_WriteToConsole(const TString& text) {
-  const std::string narrow = ConvertToCharString(text);
+  const std::string narrow = TerminalMessage(ConvertToCharString(text));
   std::fputs(narrow.c_str(), stderr);
   std::fputc('\n', stderr);
   std::fflush(stderr);
@@ -231,6 +234,12 @@ TString ConvertCharStringToWideCharString(const std::string& text) {
   auto string = CFHold(CreateCFStringRefFromString(text));
   if (string == nullptr) return TString();
   return CreateWStringFromCFStringRef(string.get());
+}
+
+TString CreateTStringFromUTF8(const std::string& bytes) {
+  auto string =
+      CFHold(CFStringCreateWithCString(kCFAllocatorDefault, bytes.c_str(), kCFStringEncodingUTF8));
+  return string != nullptr ? CreateWStringFromCFStringRef(string.get()) : TString();
 }
 
 std::vector<UniChar> CreateUniCharVectorFromString(const std::string& text) {

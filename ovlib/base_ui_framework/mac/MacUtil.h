@@ -17,8 +17,8 @@ class OVFileSystemReference;
 
 // Whole-file buffers.
 
-// The whole data fork of `file`; afterwards `buffer` holds exactly the file's bytes. A file that
-// does not exist is also reported through OV_AssertFailed.
+// The whole data fork of `file`; afterwards `buffer` holds exactly the file's bytes. A reference
+// that names nothing is also reported through OV_AssertFailed.
 int ReadDiskFileIntoBuffer(const OVFileSystemReference& file, std::vector<unsigned char>& buffer);
 
 // Creates the file `name` in `folder` holding exactly `buffer`, typed 'TEXT' with creator four
@@ -43,7 +43,7 @@ FILE* FSRefParentAndFilename_fopen(const FSRef* folder, const HFSUniStr255* name
 // "Ignore", later reports are dropped.
 void OV_AssertFailed(const char* file, unsigned int line, const char* function);
 
-// Writes `text` and a line end to standard error.
+// Writes `text` and a line end to standard error, as a terminal may show it (TerminalMessage).
 void OV_WriteToConsole(const TString& text);
 
 // Conversions. A TString character becomes one UTF-16 unit (its low 16 bits) and a unit one
@@ -71,6 +71,8 @@ std::string CreateStringFromCFStringRef(CFStringRef string);
 std::string CreateStringFromUniCharArray(UniChar* units, unsigned long count);
 CFStringRef CreateCFStringRefFromString(const std::string& text);
 TString ConvertCharStringToWideCharString(const std::string& text);
+// UTF-8 bytes, such as a path from the platform; empty when they are not well-formed.
+TString CreateTStringFromUTF8(const std::string& bytes);
 std::vector<UniChar> CreateUniCharVectorFromString(const std::string& text);
 
 // `text` as a length-prefixed string of UTF-16 units, two bytes each in host order, in the
