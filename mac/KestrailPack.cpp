@@ -105,7 +105,8 @@ int main(int argc, char** argv) {
   const std::string into = values["--into"];
   OVFileSystemReference intoFolder;
   if (hasInto && (into.empty() || !RefFromPath(into, intoFolder) || !intoFolder.IsFolder())) {
-    std::cerr << "kestrail-pack: " << TerminalText(into) << ": not a folder\n";
+    std::cerr << "kestrail-pack: --into " << (into.empty() ? "\"\"" : TerminalText(into))
+              << ": not a folder\n";
     return 2;
   }
   bool allPackaged = true;

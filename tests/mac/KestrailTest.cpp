@@ -179,16 +179,14 @@ TEST_F(KestrailTest, TheTerminalQuestionCannotBeHeldOrFaked) {
   m_temp.Write("in/" + name, kDaubery);
   fs::create_directories(m_temp.Path(kDauberyFolder));
   m_temp.Write(kDauberyFolder + "/" + name, "the installed one");
-  for (const std::string& input : {std::string(1 << 20, 'y'), std::string(10 << 20, '\0')}) {
-    const ProgramRun run = Open("in/" + name, input);
-    EXPECT_EQ(0, run.status);
-    EXPECT_NE(std::string::npos,
-              run.out.find("A setting named \"" + shown + "\" is already installed."))
-        << run.out;
-    EXPECT_NE(std::string::npos, run.out.find("No line end in 4096 bytes; taking Keep Existing."));
-    EXPECT_EQ("the installed one", m_temp.Contents(kDauberyFolder + "/" + name));
-  }
-  const ProgramRun run = Open("in/" + name, "r\n");
+  ProgramRun run = Open("in/" + name, std::string(10 << 20, '\0'));
+  EXPECT_EQ(0, run.status);
+  EXPECT_NE(std::string::npos,
+            run.out.find("A setting named \"" + shown + "\" is already installed."))
+      << run.out;
+  EXPECT_NE(std::string::npos, run.out.find("No line end in 4096 bytes; taking Keep Existing."));
+  EXPECT_EQ("the installed one", m_temp.Contents(kDauberyFolder + "/" + name));
+  run = Open("in/" + name, "r\n");
   EXPECT_NE(std::string::npos,
             run.out.find(kInstalled + m_temp.Path(kDauberyFolder) + "/" + shown + "\n"))
       << run.out;
@@ -224,6 +222,7 @@ TEST_F(KestrailTest, EachProblemIsToldAsItIs) {
   const auto foreign = [](const std::string& path) {  // only root can give a link away
     return geteuid() == 0 && lchown(path.c_str(), 4242, 4242) == 0;
   };
+  const std::string fileHome = m_temp.Path("home/file");
   std::string longPath = data, deepFolder = m_temp.Path("deep");
   while (longPath.size() < 5000) longPath += "/" + std::string(200, 'd');
   while (deepFolder.size() < 2000) deepFolder += "/" + std::string(200, 'e');

@@ -111,10 +111,6 @@ TEST_F(SettingsUtilsTest, UserSettingsFolder) {
   OVFileSystemReference folder;
   EXPECT_EQ(0, SettingsUtils::GetUserSettingsFolderForFilter(L"Big Set 3", L"F", folder));
   EXPECT_EQ("presets/Orvelle/Big Set 3/F", Relative(folder));
-
-  // A file where a folder belongs is not walked into.
-  m_temp.Write("home/data/Orvelle/Mendora", "not a folder");
-  EXPECT_EQ(-1, SettingsUtils::GetUserSettingsFolderForFilter(L"Mendora", L"F", folder));
 }
 
 // A package carries an old file up to its first zero byte, as character data in UTF-16; before
