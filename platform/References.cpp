@@ -61,8 +61,8 @@ NameTable& Names() {
 }
 
 // The folders held open, one descriptor each however often they are met. A deleted folder is let
-// go once many are held; its index is never given to another, so its references fail rather than
-// reach that other.
+// go once many are held, and its index may serve another folder later: a reference checks the
+// identity of what it reaches, so an old one fails there rather than reach that other.
 class HeldFolders {
  public:
   struct Entry {
@@ -87,8 +87,14 @@ class HeldFolders {
       close(fd);
       return tmfoErr;
     }
-    m_vecEntries.push_back({fd, identity, foundIn, foundAs});
-    index = static_cast<UInt32>(m_vecEntries.size() - 1);
+    if (m_vecFree.empty()) {
+      m_vecEntries.push_back({fd, identity, foundIn, foundAs});
+      index = static_cast<UInt32>(m_vecEntries.size() - 1);
+    } else {
+      index = m_vecFree.back();
+      m_vecFree.pop_back();
+      m_vecEntries[index] = {fd, identity, foundIn, foundAs};
+    }
     m_mapByIdentity[identity] = index;
     ++m_nHeld;
     return noErr;
@@ -114,7 +120,9 @@ class HeldFolders {
     if (entry.m_nDescriptor < 0) return;
     close(entry.m_nDescriptor);
     entry.m_nDescriptor = -1;
+    entry.m_strFoundAs.clear();
     m_mapByIdentity.erase(entry.m_identity);
+    m_vecFree.push_back(index);
     --m_nHeld;
   }
   void LetGoOfDeleted() {
@@ -130,6 +138,7 @@ class HeldFolders {
     }
   };
   std::vector<Entry> m_vecEntries;
+  std::vector<UInt32> m_vecFree;  // indices of folders let go
   std::map<ObjectIdentity, UInt32, IdentityOrder> m_mapByIdentity;
   int m_nHeld = 0;
 };
