@@ -121,35 +121,29 @@ TEST_F(KestrailTest, Outcomes) {
 
 TEST_F(KestrailTest, GlimmerboxFolder) {
   m_temp.Write("in/Glow.xml", "<setting set=\"Glimmerbox\" filter=\"Sparkwash\" name=\"Glow\"/>");
-  m_temp.Write("in/Glow.f1s",
-               "<oldstyle_setting filter=\"Sparkwash\" name=\"Old Glow\" set=\"Glimmerbox\">"
-               "<![CDATA[Sparkwash 1]]></oldstyle_setting>");
   const std::string chosen = m_temp.Path("Glimmerbox") + "\n";
   struct Case {
     const char* label;
     std::string layout;  // the folders inside the Glimmerbox folder
-    std::string file, answer, alert, installed;
+    std::string answer, alert;
+    bool installed;
   };
   const std::string filter = "Glimmerbox Settings/Sparkwash";
   const Case cases[] = {
-      {"cancelled", filter, "in/Glow.xml", "\n", kLocating, ""},
-      {"no Glimmerbox Settings in it", "", "in/Glow.xml", chosen, kLocating, ""},
-      {"no filter folder", "Glimmerbox Settings", "in/Glow.xml", chosen,
-       FolderProblem(m_temp.Path("Glimmerbox/" + filter), "it does not exist"), ""},
-      {"chosen", filter, "in/Glow.xml", chosen, kInstalled, "Glimmerbox/" + filter + "/Glow.xml"},
-      {"old-style, chosen", filter, "in/Glow.f1s", chosen, kInstalled,
-       "Glimmerbox/" + filter + "/Old Glow"},
+      {"cancelled", filter, "\n", kLocating, false},
+      {"no Glimmerbox Settings in it", "", chosen, kLocating, false},
+      {"no filter folder", "Glimmerbox Settings", chosen,
+       FolderProblem(m_temp.Path("Glimmerbox/" + filter), "it does not exist"), false},
+      {"chosen", filter, chosen, kInstalled, true},
   };
   for (const Case& c : cases) {
     SCOPED_TRACE(c.label);
     fs::remove_all(m_temp.Path("Glimmerbox"));
     fs::create_directories(m_temp.Path("Glimmerbox/" + c.layout));
-    ProgramRun run = Open(c.file, c.answer);
+    ProgramRun run = Open("in/Glow.xml", c.answer);
     EXPECT_NE(std::string::npos, run.out.find(kGlimmerboxQuestion)) << run.out;
     EXPECT_NE(std::string::npos, run.out.find(c.alert)) << run.out;
-    if (!c.installed.empty()) {
-      EXPECT_TRUE(fs::exists(m_temp.Path(c.installed))) << c.installed;
-    }
+    EXPECT_EQ(c.installed, fs::exists(m_temp.Path("Glimmerbox/" + filter + "/Glow.xml")));
   }
   EXPECT_FALSE(fs::exists(m_temp.Path("home/data/Orvelle/Glimmerbox")));
 }
@@ -158,8 +152,7 @@ TEST_F(KestrailTest, GlimmerboxFolder) {
 TEST_F(KestrailTest, WhatIsNoFileIsNoSetting) {
   ASSERT_EQ(0, mkfifo(m_temp.Path("in/pipe").c_str(), 0600));
   fs::create_directory(m_temp.Path("in/folder"));
-  for (const std::string& path :
-       {m_temp.Path("in/pipe"), m_temp.Path("in/folder"), std::string("/dev/null")}) {
+  for (const std::string& path : {m_temp.Path("in/pipe"), m_temp.Path("in/folder")}) {
     SCOPED_TRACE(path);
     ProgramRun run = RunProgram(KESTRAIL, {path});
     EXPECT_EQ(0, run.status) << run.err;
@@ -209,7 +202,7 @@ TEST_F(KestrailTest, UnreachableDisplayFallsBackToTheTerminal) {
 TEST_F(KestrailTest, EachProblemIsToldAsItIs) {
   const std::string data = m_temp.Path("home/data"), elsewhere = m_temp.Path("elsewhere");
   const std::string preferences = m_temp.Path("home/config/com.orvelle.daubery.plist");
-  const std::string inData = kDauberyFolder + "/Wash.xml";
+  const std::string inData = kDauberyFolder + "/Wash.xml", fileHome = m_temp.Path("home/file");
   const auto userFolder = [&](const std::string& path) {
     m_temp.Write("home/config/com.orvelle.daubery.plist",
                  "<plist><dict><key>User Folder</key><string>" + path + "</string></dict></plist>");
@@ -222,166 +215,97 @@ TEST_F(KestrailTest, EachProblemIsToldAsItIs) {
   const auto foreign = [](const std::string& path) {  // only root can give a link away
     return geteuid() == 0 && lchown(path.c_str(), 4242, 4242) == 0;
   };
-  const std::string fileHome = m_temp.Path("home/file");
+  std::deque<ScopedVariable> variables;  // those a case sets, until the next case
+  const auto setVariable = [&](const char* name, const char* value) {  // a null value unsets
+    return variables.emplace_back(name, value), true;
+  };
+  const std::string longSet(256, 's');
   std::string longPath = data, deepFolder = m_temp.Path("deep");
   while (longPath.size() < 5000) longPath += "/" + std::string(200, 'd');
   while (deepFolder.size() < 2000) deepFolder += "/" + std::string(200, 'e');
   struct Case {
     const char* label;
-    std::function<bool()> arrange;  // false when it cannot be arranged here
-    std::vector<std::pair<const char*, const char*>> variables;  // a null value unsets
-    std::string contents, out, err;
-    std::string installed;  // "" for nowhere
+    std::string out;
+    std::string installed = "";  // the file that holds kDaubery afterwards; "" for none
+    std::string err = "";
+    // Runs once in/Wash.xml holds kDaubery; false when it cannot be arranged here.
+    std::function<bool()> arrange = [] { return true; };
   };
   const Case cases[] = {
       {"a link to where the maker's folder is",
+       kInstalled + elsewhere + "/Orvelle/Daubery/InkPuddle/Wash.xml",
+       "elsewhere/Orvelle/Daubery/InkPuddle/Wash.xml", "",
        [&] {
          return fs::create_directories(elsewhere + "/Orvelle"),
                 fs::create_directory_symlink(elsewhere + "/Orvelle", data + "/Orvelle"), true;
-       },
-       {},
-       kDaubery,
-       kInstalled + elsewhere + "/Orvelle/Daubery/InkPuddle/Wash.xml",
-       "",
-       "elsewhere/Orvelle/Daubery/InkPuddle/Wash.xml"},
-      {"a link to where the set's folder is",
+       }},
+      {"a link to where the set's folder is", kInstalled + elsewhere + "/InkPuddle/Wash.xml",
+       "elsewhere/InkPuddle/Wash.xml", "",
        [&] {
          return fs::create_directories(elsewhere), fs::create_directories(data + "/Orvelle"),
                 fs::create_directory_symlink(elsewhere, data + "/Orvelle/Daubery"), true;
-       },
-       {},
-       kDaubery,
-       kInstalled + elsewhere + "/InkPuddle/Wash.xml",
-       "",
-       "elsewhere/InkPuddle/Wash.xml"},
+       }},
       {"another user's link",
+       FolderProblem(data + "/Orvelle", "it is a link that belongs to another user"), "", "",
        [&] {
          return fs::create_directories(elsewhere),
                 fs::create_directory_symlink(elsewhere, data + "/Orvelle"),
                 foreign(data + "/Orvelle");
-       },
-       {},
-       kDaubery,
-       FolderProblem(data + "/Orvelle", "it is a link that belongs to another user"),
-       "",
-       ""},
-      {"no home",
-       [] { return true; },
-       {{"HOME", nullptr}, {"XDG_DATA_HOME", nullptr}},
-       kDaubery,
-       "there is no home folder",
-       "",
-       ""},
-      {"a data home that is a file",
-       [&] { return m_temp.Write("home/file", ""), true; },
-       {{"XDG_DATA_HOME", "FILE"}},
-       kDaubery,
-       FolderProblem(m_temp.Path("home/file"), "it is not a folder"),
-       "",
-       ""},
-      {"a data home path too long",
-       [] { return true; },
-       {{"XDG_DATA_HOME", "LONG"}},
-       kDaubery,
-       FolderProblem(longPath, "its name or path is too long"),
-       "",
-       ""},
-      {"a read-only data home",
-       [&] { return mount("kestrail-test", data.c_str(), "tmpfs", MS_RDONLY, "") == 0; },
-       {},
-       kDaubery,
-       FolderProblem(data + "/Orvelle", "the disk is read-only"),
-       "",
-       ""},
+       }},
+      {"no home", "there is no home folder", "", "",
+       [&] { return setVariable("HOME", nullptr) && setVariable("XDG_DATA_HOME", nullptr); }},
+      {"a data home that is a file", FolderProblem(fileHome, "it is not a folder"), "", "",
+       [&] {
+         return m_temp.Write("home/file", ""), setVariable("XDG_DATA_HOME", fileHome.c_str());
+       }},
+      {"a data home path too long", FolderProblem(longPath, "its name or path is too long"), "", "",
+       [&] { return setVariable("XDG_DATA_HOME", longPath.c_str()); }},
+      {"a read-only data home", FolderProblem(data + "/Orvelle", "the disk is read-only"), "", "",
+       [&] { return mount("kestrail-test", data.c_str(), "tmpfs", MS_RDONLY, "") == 0; }},
       {"a set's name too long",
-       [] { return true; },
-       {},
-       "<setting set=\"" + std::string(256, 's') + "\" filter=\"F\" name=\"n\"/>",
-       FolderProblem(data + "/Orvelle/" + std::string(64, 's') + "\u2026",
+       FolderProblem(data + "/Orvelle/" + longSet.substr(0, 64) + "\u2026",
                      "its name or path is too long"),
-       "",
-       ""},
+       "", "",
+       [&] {
+         return m_temp.Write("in/Wash.xml", "<setting set=\"" + longSet + "\" filter=\"F\"/>"),
+                true;
+       }},
       {"a file where the filter's folder belongs",
+       FolderProblem(m_temp.Path(kDauberyFolder), "it is not a folder"), "", "",
        [&] {
          return fs::create_directories(data + "/Orvelle/Daubery"), m_temp.Write(kDauberyFolder, ""),
                 true;
-       },
-       {},
-       kDaubery,
-       FolderProblem(m_temp.Path(kDauberyFolder), "it is not a folder"),
-       "",
-       ""},
-      {"a file too large to be a setting",
-       [&] { return true; },
-       {},
-       kDaubery,
-       "This file is too large to be a settings file.",
-       "",
-       ""},
-      {"a \"User Folder\" that is a file",
-       [&] { return userFolder(m_temp.Path("in/Wash.xml")); },
-       {},
-       kDaubery,
-       kInstalled,
+       }},
+      // Sparse: its size alone must refuse it.
+      {"a file too large to be a setting", "This file is too large to be a settings file.", "", "",
+       [&] { return fs::resize_file(m_temp.Path("in/Wash.xml"), (64 << 20) + 1), true; }},
+      {"a \"User Folder\" that is a file", kInstalled, inData,
        unused(m_temp.Path("in/Wash.xml"), "it is not a folder"),
-       inData},
-      {"a relative \"User Folder\"",
-       [&] { return userFolder("Presets"); },
-       {},
-       kDaubery,
-       kInstalled,
-       unused("Presets", "it is not an absolute path"),
-       inData},
-      {"a long \"User Folder\"",
-       [&] { return fs::create_directories(deepFolder), userFolder(deepFolder); },
-       {},
-       kDaubery,
-       kInstalled + deepFolder,
-       "",
-       deepFolder.substr(m_temp.Path().size() + 1) + "/Orvelle/Daubery/InkPuddle/Wash.xml"},
-      {"preferences that are a folder",
-       [&] { return fs::create_directory(preferences); },
-       {},
-       kDaubery,
-       kInstalled,
+       [&] { return userFolder(m_temp.Path("in/Wash.xml")); }},
+      {"a relative \"User Folder\"", kInstalled, inData,
+       unused("Presets", "it is not an absolute path"), [&] { return userFolder("Presets"); }},
+      {"a long \"User Folder\"", kInstalled + deepFolder,
+       deepFolder.substr(m_temp.Path().size() + 1) + "/Orvelle/Daubery/InkPuddle/Wash.xml", "",
+       [&] { return fs::create_directories(deepFolder), userFolder(deepFolder); }},
+      {"preferences that are a folder", kInstalled, inData, preferences + ": not a regular file",
+       [&] { return fs::create_directory(preferences); }},
+      {"preferences that are a pipe", kInstalled, inData, preferences + ": not a regular file",
+       [&] { return mkfifo(preferences.c_str(), 0600) == 0; }},
+      {"preferences that lead to endless zeros", kInstalled, inData,
        preferences + ": not a regular file",
-       inData},
-      {"preferences that are a pipe",
-       [&] { return mkfifo(preferences.c_str(), 0600) == 0; },
-       {},
-       kDaubery,
-       kInstalled,
-       preferences + ": not a regular file",
-       inData},
-      {"preferences that lead to endless zeros",
-       [&] { return fs::create_symlink("/dev/zero", preferences), true; },
-       {},
-       kDaubery,
-       kInstalled,
-       preferences + ": not a regular file",
-       inData},
+       [&] { return fs::create_symlink("/dev/zero", preferences), true; }},
   };
   for (const Case& c : cases) {
     SCOPED_TRACE(c.label);
+    variables.clear();
     for (const char* folder : {"home/data", "home/config", "elsewhere", "deep"})
       fs::remove_all(m_temp.Path(folder));
     fs::create_directories(data);
     fs::create_directories(m_temp.Path("home/config"));
+    m_temp.Write("in/Wash.xml", kDaubery);
     if (!c.arrange()) {
       std::cout << "not arranged here: " << c.label << "\n";
       continue;
-    }
-    m_temp.Write("in/Wash.xml", c.contents);
-    // Sparse: its size alone must refuse it.
-    if (c.out.find("too large") != std::string::npos)
-      fs::resize_file(m_temp.Path("in/Wash.xml"), (64 << 20) + 1);
-    std::deque<ScopedVariable> variables;
-    for (const auto& [name, value] : c.variables) {
-      const std::string given = value == nullptr ? "" : value;
-      variables.emplace_back(name, value == nullptr  ? nullptr
-                                   : given == "FILE" ? m_temp.Path("home/file").c_str()
-                                   : given == "LONG" ? longPath.c_str()
-                                                     : value);
     }
     const ProgramRun run = Open("in/Wash.xml");
     umount2(data.c_str(), MNT_DETACH);
@@ -391,7 +315,7 @@ TEST_F(KestrailTest, EachProblemIsToldAsItIs) {
     EXPECT_NE(std::string::npos, run.err.find(c.err)) << run.err;
     EXPECT_EQ(c.installed.empty() ? 0 : 1, CountInstalled("Wash.xml"));
     if (!c.installed.empty()) {
-      EXPECT_EQ(c.contents, m_temp.Contents(c.installed));
+      EXPECT_EQ(kDaubery, m_temp.Contents(c.installed));
     }
   }
 }
@@ -639,8 +563,8 @@ TEST_F(KestrailTest, ASignalInMidWriteKeepsTheInstalledSetting) {
   }
 }
 
-// What is installed is what was examined: a source written while the question is open fails the
-// install, and the installed setting stays.
+// What is installed is what was examined: a source rewritten in place while the question is open
+// fails the install, and the installed setting stays.
 TEST_F(KestrailTest, ASourceWrittenWhileTheQuestionIsOpenIsNotInstalled) {
   struct Rewriter : ScriptedDialogBackend {
     DialogItemIndex RunAlert(const AlertDescription& alert) override {
@@ -652,14 +576,12 @@ TEST_F(KestrailTest, ASourceWrittenWhileTheQuestionIsOpenIsNotInstalled) {
   struct Case {
     const char* label;
     std::string file, contents, rewritten;
-    bool inPlace;  // else a new file takes the old one's name
   };
   const std::string evil = "<setting set=\"Daubery\" filter=\"InkPuddle\" name=\"Evil\"/>";
   const Case cases[] = {
-      {"rewritten in place, same length", "in/Wash.xml", kDaubery, evil, true},
-      {"replaced by another file", "in/Wash.xml", kDaubery, kDaubery, false},
-      {"package rewritten in place", "in/Wash.f1s", kWashPackage,
-       std::string(kWashPackage).replace(kWashPackage.find("depth=2"), 7, "depth=9"), true},
+      {"a setting, same length", "in/Wash.xml", kDaubery, evil},
+      {"a package, same length", "in/Wash.f1s", kWashPackage,
+       std::string(kWashPackage).replace(kWashPackage.find("depth=2"), 7, "depth=9")},
   };
   for (const Case& c : cases) {
     SCOPED_TRACE(c.label);
@@ -671,11 +593,7 @@ TEST_F(KestrailTest, ASourceWrittenWhileTheQuestionIsOpenIsNotInstalled) {
                         fs::file_time_type::clock::now() - std::chrono::hours(1));
     Rewriter rewriter;
     rewriter.m_queAnswers = {kReplace};
-    rewriter.m_rewrite = [&] {
-      const std::string path = c.inPlace ? c.file : c.file + ".new";
-      m_temp.Write(path, c.rewritten);
-      if (!c.inPlace) fs::rename(m_temp.Path(path), m_temp.Path(c.file));
-    };
+    rewriter.m_rewrite = [&] { m_temp.Write(c.file, c.rewritten); };
     ScopedDialogBackend scripted(rewriter);
     ImportOneSetting(*Ref(c.file));
     ASSERT_EQ(2u, rewriter.m_vecAlerts.size());

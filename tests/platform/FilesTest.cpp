@@ -91,7 +91,6 @@ TEST_F(FilesTest, LookupTellsMissingFromMisuseAndFromGone) {
   EXPECT_EQ(fnfErr, Child(m_inner, u"missing", ref));
   EXPECT_EQ(dirNFErr, Child(file, u"x", ref));
   EXPECT_EQ(nsvErr, Child(nothing, u"x", ref));
-  EXPECT_EQ(nsvErr, Info(nothing));
   EXPECT_EQ(fnfErr, PathRef(m_temp.Path("inner/missing"), ref));
 
   // A reference outlives its object, but answers for no other object that takes its name.

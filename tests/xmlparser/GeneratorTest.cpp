@@ -14,7 +14,7 @@ const TString kDeclaration = L"<?xml version=\"1.0\" encoding=\"UTF-16\"?>";
 TEST(GeneratorTest, Layout) {
   struct Case {
     const char* label;
-    void (*build)(Element&);  // the root's attributes and children
+    void (*build)(Element&);             // the root's attributes and children
     const wchar_t *formatted, *compact;  // compact: null where it is the formatted text
   };
   const Case cases[] = {
@@ -35,9 +35,6 @@ TEST(GeneratorTest, Layout) {
          a.AddText(L"x");
        },
        L"<a>\n  <b/>x\n</a>", L"<a><b/>x</a>"},
-      {"nested levels",
-       [](Element& a) { a.AddElementInto(L"b").AddElementInto(L"c").AddText(L"t"); },
-       L"<a>\n  <b>\n    <c>t</c>\n  </b>\n</a>", L"<a><b><c>t</c></b></a>"},
       {"text alone stays on one line, escaped but for its line feeds",
        [](Element& a) { a.AddText(L"a<b & \"c\">'\n"); },
        L"<a>a&lt;b &amp; &quot;c&quot;&gt;&apos;\n</a>", nullptr},

@@ -88,18 +88,17 @@ TEST_F(SettingsUtilsTest, UserSettingsFolder) {
   fs::create_directory(m_temp.Path("presets"));
   struct Case {
     const char* label;
-    std::string value;  // of the "User Folder" preference; "" writes no preferences file
+    std::string value;  // of the "User Folder" preference
     bool followed;      // else the folder is below Application Support
   };
   const Case cases[] = {
-      {"no preferences file", "", false},
       {"a folder path", "<string>" + m_temp.Path("presets") + "</string>", true},
       {"not a string", "<array><string>/</string></array>", false},
       {"a path that does not exist", "<string>" + m_temp.Path("missing") + "</string>", false},
   };
   for (const Case& c : cases) {
     SCOPED_TRACE(c.label);
-    if (!c.value.empty()) WritePreferences("com.orvelle.daubery", c.value);
+    WritePreferences("com.orvelle.daubery", c.value);
     OVFileSystemReference folder;
     EXPECT_EQ(0, SettingsUtils::GetUserSettingsFolderForFilter(L"Daubery", L"F", folder));
     EXPECT_EQ(c.followed ? "presets/Orvelle/Daubery/F" : kAppSupport + "Daubery/F"s,
