@@ -16,6 +16,7 @@
 #include <vector>
 
 #include "bench/Inputs.h"
+#include "bench/ProcessMemory.h"
 #include "ovlib/general_framework/OVFileSystemReferenceMac.h"
 #include "ovlib/ps_filter_framework/SettingsUtils.h"
 
@@ -154,15 +155,6 @@ const std::vector<Shape>& Shapes() {
   return shapes;
 }
 
-long StatusKilobytes(const char* field) {
-  std::ifstream status("/proc/self/status");
-  std::string line;
-  while (std::getline(status, line)) {
-    if (line.rfind(field, 0) == 0) return std::atol(line.c_str() + std::string(field).size());
-  }
-  return 0;
-}
-
 OVFileSystemReference Ref(const std::string& path) {
   OVFileSystemReference ref;
   FSPathMakeRef(reinterpret_cast<const UInt8*>(path.c_str()), ref, nullptr);
@@ -182,7 +174,7 @@ std::string Summary(const TString& text) {
 int Run(const std::string& mode, const std::string& path, const std::string& folder) {
   OVFileSystemReference file = Ref(path), destination = Ref(folder);
   std::ofstream("/proc/self/clear_refs") << "5";  // the high-water mark starts again from here
-  const long before = StatusKilobytes("VmRSS:");
+  const long before = Bench::StatusKilobytes("VmRSS:");
   int status;
   std::string found;
   if (mode == "--examine") {
@@ -198,7 +190,7 @@ int Run(const std::string& mode, const std::string& path, const std::string& fol
     TString name;
     if (status == 0 && unpacked.GetName(name) == 0) found = Summary(name);
   }
-  const long peak = StatusKilobytes("VmHWM:");
+  const long peak = Bench::StatusKilobytes("VmHWM:");
   std::printf("%d %ld %s\n", status, peak - before, found.c_str());
   return 0;
 }

@@ -23,6 +23,7 @@
 #include <vector>
 
 #include "bench/Inputs.h"
+#include "bench/ProcessMemory.h"
 #include "ovlib/general_framework/OVUtil.h"
 #include "xmlparser/Xml.h"
 
@@ -94,15 +95,6 @@ const std::map<std::string, Pass> kParsers = {
     {"ours", Ours}, {"pugixml", Pugixml}, {"libxml2", Libxml2}, {"expat", Expat}};
 const char* const kPeers[] = {"pugixml", "libxml2", "expat"};
 
-long StatusKilobytes(const char* field) {
-  std::ifstream status("/proc/self/status");
-  std::string line;
-  while (std::getline(status, line)) {
-    if (line.rfind(field, 0) == 0) return std::atol(line.c_str() + std::string(field).size());
-  }
-  return 0;
-}
-
 double Seconds(std::chrono::steady_clock::duration d) {
   return std::chrono::duration<double>(d).count();
 }
@@ -126,7 +118,7 @@ int Measure(const std::string& parser, const std::string& inputName, bool retain
   }
   malloc_trim(0);
   std::ofstream("/proc/self/clear_refs") << "5";  // the peak starts again from here
-  const long before = StatusKilobytes("VmRSS:");
+  const long before = Bench::StatusKilobytes("VmRSS:");
 
   auto start = std::chrono::steady_clock::now();
   if (!pass(bytes)) {
@@ -143,7 +135,7 @@ int Measure(const std::string& parser, const std::string& inputName, bool retain
     rates.push_back(batch * bytes.size() / 1e6 / Seconds(std::chrono::steady_clock::now() - start));
   }
   std::sort(rates.begin(), rates.end());
-  const double peak = (StatusKilobytes("VmHWM:") - before) * 1024.0 / bytes.size();
+  const double peak = (Bench::StatusKilobytes("VmHWM:") - before) * 1024.0 / bytes.size();
   std::printf("%.2f %.2f %.2f %.2f\n", rates[kSamples / 2], rates.front(), rates.back(),
               std::max(peak, 0.0));
   return 0;

@@ -33,6 +33,17 @@ void SkipPlainCharacters(Parser& parser) {
   parser.Advance(p);
 }
 
+// Checks a character of an element's content that is neither markup nor a reference: the end of
+// the text (or a NUL character), "]]>" and illegal characters stop the parse.
+void CheckContentCharacter(Parser& parser, wchar_t c) {
+  if (c == 0) parser.SyntaxError(PARSE_UNEXPECTED_END);
+  if (c == L']') {
+    if (parser.ParseString(L"]>")) parser.SyntaxError(PARSE_CDATA_END_IN_CONTENT);
+  } else if (!Private::IsLegal(c)) {
+    parser.SyntaxError(PARSE_ILLEGAL_CHARACTER);
+  }
+}
+
 // Reads up to and including `terminator` (whose first character is `first`), as comments,
 // CDATA sections and processing instructions end: the end of the text or an illegal character
 // on the way raises error 2.
@@ -292,13 +303,8 @@ bool Element::ParseContentETag(Parser& parser) {
         current.ParseReference(parser);
         text.Reset();
         break;
-      case 0:  // the end of the text, or a NUL character
-        parser.SyntaxError(PARSE_UNEXPECTED_END);
-      case L']':
-        if (parser.ParseString(L"]>")) parser.SyntaxError(PARSE_CDATA_END_IN_CONTENT);
-        break;
       default:
-        if (!Private::IsLegal(c)) parser.SyntaxError(PARSE_ILLEGAL_CHARACTER);
+        CheckContentCharacter(parser, c);
     }
   }
 }
@@ -420,13 +426,8 @@ void Element::CheckContentETag(Parser& parser, std::wstring_view name, Element* 
         parser.PreviousChar();
         ReadReferenceCharacter(parser);
         break;
-      case 0:  // the end of the text, or a NUL character
-        parser.SyntaxError(PARSE_UNEXPECTED_END);
-      case L']':
-        if (parser.ParseString(L"]>")) parser.SyntaxError(PARSE_CDATA_END_IN_CONTENT);
-        break;
       default:
-        if (!Private::IsLegal(c)) parser.SyntaxError(PARSE_ILLEGAL_CHARACTER);
+        CheckContentCharacter(parser, c);
     }
   }
 }
