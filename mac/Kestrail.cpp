@@ -47,36 +47,29 @@ void ShowAlert(const TString& message) {
 
 // Why a file or folder could not be used, in words that follow a colon in a message.
 TString ReasonText(OSErr status) {
-  switch (status) {
-    case fnfErr:
+  static const struct {
+    OSErr m_nStatus;
+    CFStringRef m_strKey;
+  } kReasons[] = {
       // Translators: a reason after a colon, as in "The folder "…" could not be found or made:
       // it does not exist." Likewise every reason that follows.
-      return LocalizedText(CFSTR_LOCALIZABLE("it does not exist"));
-    case dirNFErr:
-    case notAFileErr:
-      return LocalizedText(CFSTR_LOCALIZABLE("it is not a folder"));
-    case afpAccessDenied:
-      return LocalizedText(CFSTR_LOCALIZABLE("permission denied"));
-    case vLckdErr:
-      return LocalizedText(CFSTR_LOCALIZABLE("the disk is read-only"));
-    case errFSNameTooLong:
-      return LocalizedText(CFSTR_LOCALIZABLE("its name or path is too long"));
-    case bdNamErr:
-      return LocalizedText(CFSTR_LOCALIZABLE("its name cannot be used"));
-    case untrustedLinkErr:
-      return LocalizedText(CFSTR_LOCALIZABLE("it is a link that belongs to another user"));
-    case dskFulErr:
-      return LocalizedText(CFSTR_LOCALIZABLE("the disk is full"));
-    case tmfoErr:
-      return LocalizedText(CFSTR_LOCALIZABLE("too many files are open"));
-    case memFullErr:
-      return LocalizedText(CFSTR_LOCALIZABLE("there is not enough memory"));
-    case ioErr:
-      return LocalizedText(CFSTR_LOCALIZABLE("an input/output error"));
-    default:
-      // Translators: a reason without words of its own; %0 is the system's number for it.
-      return LocalizedText(CFSTR_LOCALIZABLE("error %0"), ConvertToTString(std::to_string(status)));
-  }
+      {fnfErr, CFSTR_LOCALIZABLE("it does not exist")},
+      {dirNFErr, CFSTR_LOCALIZABLE("it is not a folder")},
+      {notAFileErr, CFSTR_LOCALIZABLE("it is not a folder")},
+      {afpAccessDenied, CFSTR_LOCALIZABLE("permission denied")},
+      {vLckdErr, CFSTR_LOCALIZABLE("the disk is read-only")},
+      {errFSNameTooLong, CFSTR_LOCALIZABLE("its name or path is too long")},
+      {bdNamErr, CFSTR_LOCALIZABLE("its name cannot be used")},
+      {untrustedLinkErr, CFSTR_LOCALIZABLE("it is a link that belongs to another user")},
+      {dskFulErr, CFSTR_LOCALIZABLE("the disk is full")},
+      {tmfoErr, CFSTR_LOCALIZABLE("too many files are open")},
+      {memFullErr, CFSTR_LOCALIZABLE("there is not enough memory")},
+      {ioErr, CFSTR_LOCALIZABLE("an input/output error")},
+  };
+  for (const auto& reason : kReasons)
+    if (reason.m_nStatus == status) return LocalizedText(reason.m_strKey);
+  // Translators: a reason without words of its own; %0 is the system's number for it.
+  return LocalizedText(CFSTR_LOCALIZABLE("error %0"), ConvertToTString(std::to_string(status)));
 }
 
 // The alert for a setting that could not be examined or whose folder could not be had.

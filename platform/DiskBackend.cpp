@@ -7,6 +7,8 @@
 #include <cstdio>
 #include <vector>
 
+#include "platform/internal/PosixFiles.h"  // DescriptorPath
+
 int DiskBackend::Read(int fd, void* buffer, std::size_t count, std::size_t& moved) {
   const ssize_t result = read(fd, buffer, count);
   moved = result > 0 ? static_cast<std::size_t>(result) : 0;
@@ -70,8 +72,7 @@ int DiskBackend::Rename(int fromFolder, const char* fromName, int toFolder, cons
 
 int DiskBackend::ReadLink(int folder, const char* name, std::string& target) {
   // The kernel's links for descriptors name paths of any length; grow until the text fits.
-  std::string own;
-  if (name[0] == '\0') own = "/proc/self/fd/" + std::to_string(folder);
+  const std::string own = name[0] == '\0' ? DescriptorPath(folder) : std::string();
   std::vector<char> buffer(256);
   for (;;) {
     const ssize_t length = own.empty() ? readlinkat(folder, name, buffer.data(), buffer.size())

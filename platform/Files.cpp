@@ -62,8 +62,6 @@ OSErr ComponentOf(UniCharCount nameLength, const UniChar* name, std::string& com
   return noErr;
 }
 
-std::string DescriptorPath(int fd) { return "/proc/self/fd/" + std::to_string(fd); }
-
 // Finder information lives in one 32-byte extended attribute: the 16 bytes of FileInfo or
 // FolderInfo, then the 16 of their extended forms, every field big-endian. The widths say how to
 // turn each of the four layouts into host byte order and back.

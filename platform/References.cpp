@@ -8,7 +8,6 @@
 #include <cerrno>
 #include <cstring>
 #include <map>
-#include <tuple>
 #include <unordered_map>
 #include <vector>
 
@@ -82,8 +81,8 @@ class HeldFolders {
       return noErr;
     }
     if (found != m_mapByIdentity.end()) LetGo(found->second);
-    if (m_nHeld >= kMostHeld) LetGoOfDeleted();
-    if (m_nHeld >= kMostHeld) {
+    if (HeldCount() >= kMostHeld) LetGoOfDeleted();
+    if (HeldCount() >= kMostHeld) {
       close(fd);
       return tmfoErr;
     }
@@ -96,7 +95,6 @@ class HeldFolders {
       m_vecEntries[index] = {fd, identity, foundIn, foundAs};
     }
     m_mapByIdentity[identity] = index;
-    ++m_nHeld;
     return noErr;
   }
 
@@ -108,7 +106,9 @@ class HeldFolders {
 
  private:
   // Far below the descriptor limit: a run holds a handful, a long test a few hundred at most.
-  static const int kMostHeld = 512;
+  static const std::size_t kMostHeld = 512;
+
+  std::size_t HeldCount() const { return m_vecEntries.size() - m_vecFree.size(); }
 
   bool IsAlive(UInt32 index) const {
     struct stat status;
@@ -123,24 +123,15 @@ class HeldFolders {
     entry.m_strFoundAs.clear();
     m_mapByIdentity.erase(entry.m_identity);
     m_vecFree.push_back(index);
-    --m_nHeld;
   }
   void LetGoOfDeleted() {
     for (UInt32 index = 0; index < m_vecEntries.size(); ++index)
       if (m_vecEntries[index].m_nDescriptor >= 0 && !IsAlive(index)) LetGo(index);
   }
 
-  struct IdentityOrder {
-    bool operator()(const ObjectIdentity& a, const ObjectIdentity& b) const {
-      return std::tie(a.m_nDevice, a.m_nInode, a.m_nBirthSeconds, a.m_nBirthNanoseconds,
-                      a.m_bHasBirthTime) < std::tie(b.m_nDevice, b.m_nInode, b.m_nBirthSeconds,
-                                                    b.m_nBirthNanoseconds, b.m_bHasBirthTime);
-    }
-  };
   std::vector<Entry> m_vecEntries;
   std::vector<UInt32> m_vecFree;  // indices of folders let go
-  std::map<ObjectIdentity, UInt32, IdentityOrder> m_mapByIdentity;
-  int m_nHeld = 0;
+  std::map<ObjectIdentity, UInt32> m_mapByIdentity;
 };
 
 HeldFolders& Held() {
@@ -385,9 +376,13 @@ OSErr CurrentPath(ObjectOnDisk& object, std::string& path) {
   return noErr;
 }
 
-std::string PathThroughHeld(UInt32 folder, const std::string& name) {
-  std::string path = "/proc/self/fd/" + std::to_string(HeldDescriptor(folder));
+std::string DescriptorPath(int fd, const std::string& name) {
+  const std::string path = "/proc/self/fd/" + std::to_string(fd);
   return name.empty() ? path : path + "/" + name;
+}
+
+std::string PathThroughHeld(UInt32 folder, const std::string& name) {
+  return DescriptorPath(HeldDescriptor(folder), name);
 }
 
 void FlushFolder(UInt32 folder) {

@@ -149,16 +149,9 @@ int OVFileSystemReference::GetName(TString& name) const {
 }
 
 int OVFileSystemReference::GetPath(TString& path) const {
-  // Paths have no length limit once folders are held; grow until it fits.
-  std::vector<UInt8> bytes(1024);
-  OSErr err;
-  while ((err = FSRefMakePath(&m_fsRef, bytes.data(), static_cast<UInt32>(bytes.size()))) ==
-             paramErr &&
-         bytes.size() < (1u << 20))
-    bytes.resize(bytes.size() * 4);
-  if (err != noErr) return -1;
-  path = CreateTStringFromUTF8(reinterpret_cast<const char*>(bytes.data()));
-  return path.empty() ? -1 : 0;
+  const OSErr err = CreateTStringFromPathCall(
+      [this](UInt8* bytes, UInt32 size) { return FSRefMakePath(&m_fsRef, bytes, size); }, path);
+  return err == noErr && !path.empty() ? 0 : -1;
 }
 
 int OVFileSystemReference::GetVersion(OVFileVersion& version) const {

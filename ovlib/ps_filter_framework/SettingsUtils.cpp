@@ -159,13 +159,12 @@ int Fail(RoutingReport* report, RoutingReport::Problem problem, OSErr status = n
 // fnfErr when there is no home folder to have one in.
 OSErr DataFolderPath(FSVolumeRefNum domain, TString& path) {
   // As the environment gives it, which may be longer than any path the system takes.
-  std::vector<UInt8> bytes(4096);
-  OSErr err;
-  while ((err = FSFindFolderPath(domain, kApplicationSupportFolderType, bytes.data(),
-                                 static_cast<UInt32>(bytes.size()))) == paramErr &&
-         bytes.size() < (1u << 20))
-    bytes.resize(bytes.size() * 4);
-  path = err == noErr ? CreateTStringFromUTF8(reinterpret_cast<const char*>(bytes.data())) : L"?";
+  const OSErr err = CreateTStringFromPathCall(
+      [domain](UInt8* bytes, UInt32 size) {
+        return FSFindFolderPath(domain, kApplicationSupportFolderType, bytes, size);
+      },
+      path);
+  if (err != noErr) path = L"?";
   return err;
 }
 

@@ -24,7 +24,7 @@ struct ObjectIdentity {
   UInt32 m_nBirthNanoseconds = 0;
   bool m_bHasBirthTime = false;
 
-  bool operator==(const ObjectIdentity&) const = default;
+  auto operator<=>(const ObjectIdentity&) const = default;
 };
 
 // An object as one look at it found it, and where it was found.
@@ -94,8 +94,12 @@ bool IsRoot(const ObjectOnDisk& object);
 // The object's absolute path now, as the kernel names its folder. fnfErr when it is gone.
 OSErr CurrentPath(ObjectOnDisk& object, std::string& path);
 
-// A path that reaches `name` inside the held folder `folder` through the descriptor, for the calls
-// that take no folder descriptor (extended attributes); the last component is `name` itself.
+// The kernel's path of the descriptor `fd`, "/proc/self/fd/N", and of `name` inside it when given:
+// a path for the calls that take no descriptor (links, extended attributes) that reaches the very
+// object the descriptor holds; `name` itself is the last component.
+std::string DescriptorPath(int fd, const std::string& name = std::string());
+
+// The same through the descriptor of the held folder `folder`.
 std::string PathThroughHeld(UInt32 folder, const std::string& name = std::string());
 
 // Makes the names in the held folder `folder` durable. A failure is not passed on: it comes after

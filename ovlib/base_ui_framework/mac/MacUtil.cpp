@@ -242,6 +242,17 @@ TString CreateTStringFromUTF8(const std::string& bytes) {
   return string != nullptr ? CreateWStringFromCFStringRef(string.get()) : TString();
 }
 
+OSErr CreateTStringFromPathCall(const std::function<OSErr(UInt8* path, UInt32 size)>& call,
+                                TString& path) {
+  std::vector<UInt8> bytes(4096);
+  OSErr err;
+  while ((err = call(bytes.data(), static_cast<UInt32>(bytes.size()))) == paramErr &&
+         bytes.size() < (1u << 20))
+    bytes.resize(bytes.size() * 4);
+  if (err == noErr) path = CreateTStringFromUTF8(reinterpret_cast<const char*>(bytes.data()));
+  return err;
+}
+
 std::vector<UniChar> CreateUniCharVectorFromString(const std::string& text) {
   return CreateUniCharVectorFromWString(ConvertCharStringToWideCharString(text));
 }

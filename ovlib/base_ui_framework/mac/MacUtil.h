@@ -5,6 +5,7 @@
 #pragma once
 
 #include <cstdio>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -73,6 +74,12 @@ CFStringRef CreateCFStringRefFromString(const std::string& text);
 TString ConvertCharStringToWideCharString(const std::string& text);
 // UTF-8 bytes, such as a path from the platform; empty when they are not well-formed.
 TString CreateTStringFromUTF8(const std::string& bytes);
+
+// The path that `call` writes as zero-terminated UTF-8 into the buffer it is given, as text. Paths
+// have no length limit once folders are held, so the buffer grows, up to 1 MiB, while the call
+// answers paramErr for one too small. The call's last status.
+OSErr CreateTStringFromPathCall(const std::function<OSErr(UInt8* path, UInt32 size)>& call,
+                                TString& path);
 std::vector<UniChar> CreateUniCharVectorFromString(const std::string& text);
 
 // `text` as a length-prefixed string of UTF-16 units, two bytes each in host order, in the
