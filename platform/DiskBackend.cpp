@@ -32,6 +32,8 @@ int DiskBackend::Reserve(int fd, std::int64_t offset, std::int64_t length) {
 
 int DiskBackend::Flush(int fd) { return fsync(fd) == 0 ? 0 : errno; }
 
+int DiskBackend::FlushFileSystem(int fd) { return syncfs(fd) == 0 ? 0 : errno; }
+
 int DiskBackend::Open(int folder, const char* name, int flags, mode_t mode, int& fd) {
   do {
     fd = openat(folder, name, flags, mode);

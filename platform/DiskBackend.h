@@ -28,6 +28,8 @@ class DiskBackend {
   virtual int Reserve(int fd, std::int64_t offset, std::int64_t length);
   // Makes what was written to the file, or the names in the folder, durable (fsync).
   virtual int Flush(int fd);
+  // Makes everything written to the file system that holds `fd` durable (syncfs).
+  virtual int FlushFileSystem(int fd);
 
   // The calls on names. `folder` is a folder's descriptor, or AT_FDCWD with a path for `name`.
   // openat(2) into `fd`.

@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
+#include <set>
 #include <unordered_map>
 #include <vector>
 
@@ -18,12 +19,17 @@
 namespace {
 
 // Volume numbers stand for devices, numbered as first met: -1, -2, ...
-FSVolumeRefNum VolumeOf(UInt64 device) {
+std::unordered_map<UInt64, FSVolumeRefNum>& Volumes() {
   static auto* volumes = new std::unordered_map<UInt64, FSVolumeRefNum>;
-  auto found = volumes->find(device);
-  if (found != volumes->end()) return found->second;
-  const FSVolumeRefNum volume = static_cast<FSVolumeRefNum>(-1 - static_cast<int>(volumes->size()));
-  volumes->emplace(device, volume);
+  return *volumes;
+}
+
+FSVolumeRefNum VolumeOf(UInt64 device) {
+  auto found = Volumes().find(device);
+  if (found != Volumes().end()) return found->second;
+  const FSVolumeRefNum volume =
+      static_cast<FSVolumeRefNum>(-1 - static_cast<int>(Volumes().size()));
+  Volumes().emplace(device, volume);
   return volume;
 }
 
@@ -229,6 +235,23 @@ OSErr MacErrorFromErrno(int error) {
   }
 }
 
+OSErr FSFlushVolume(FSVolumeRefNum vRefNum) {
+  for (const auto& [device, volume] : Volumes()) {
+    if (volume != vRefNum) continue;
+    // A file system is reached through a folder on it, opened for reading as syncfs needs.
+    const int held = HeldDescriptorOnDevice(device);
+    if (held < 0) return nsvErr;
+    DiskBackend& disk = ActiveDiskBackend();
+    int fd;
+    int error = disk.Open(held, ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC, 0, fd);
+    if (error != 0) return MacErrorFromErrno(error);
+    error = disk.FlushFileSystem(fd);
+    close(fd);
+    return MacErrorFromErrno(error);
+  }
+  return nsvErr;
+}
+
 OSErr FSPathMakeRef(const UInt8* path, FSRef* ref, Boolean* isDirectory) {
   if (path == nullptr || ref == nullptr) return paramErr;
   int fd;
@@ -375,7 +398,10 @@ OSErr FSCreateTemporaryFile(const FSRef* parentRef, FSCatalogInfoBitmap whichInf
   ObjectOnDisk folder;
   OSErr err = ResolveFolder(parentRef, folder);
   if (err != noErr) return err;
-  RemoveStaleTemporaryFiles(folder.m_nSelf);
+  // Once per folder and process: a pack of settings would otherwise list its folder once for
+  // every file it writes there.
+  static auto* swept = new std::set<ObjectIdentity>;
+  if (swept->insert(folder.m_identity).second) RemoveStaleTemporaryFiles(folder.m_nSelf);
   // The name is marked before the file exists, so that no moment passes in which a signal would
   // leave the file behind.
   const std::string name = NewTemporaryName();

@@ -137,9 +137,11 @@ OSErr FSCreateDirectoryUnicode(const FSRef* parentRef, UniCharCount nameLength, 
 // (FSReplaceObject) or take a free name (FSRenameUnicode) once it is whole. No other call accepts
 // a name of that form, so such a file never passes for anything else. Until it is renamed or
 // deleted, the process removes it if SIGHUP, SIGINT or SIGTERM ends it; such files in the folder
-// older than ten minutes, left by a process that was killed outright, are removed first. Finder
-// information as for FSCreateFileUnicode. The stand-in's own call: the real system keeps such
-// files in a temporary folder of the volume.
+// older than ten minutes, left by a process that was killed outright, are removed first. At most
+// kMostTemporaryFiles exist at once (tmfoErr beyond). Finder information as for
+// FSCreateFileUnicode. The stand-in's own call: the real system keeps such files in a temporary
+// folder of the volume.
+inline constexpr int kMostTemporaryFiles = 256;
 OSErr FSCreateTemporaryFile(const FSRef* parentRef, FSCatalogInfoBitmap whichInfo,
                             const FSCatalogInfo* catalogInfo, FSRef* newRef);
 
@@ -176,6 +178,17 @@ enum : OptionBits {
 OSStatus FSReplaceObject(const FSRef* originalObject, const FSRef* replacementObject,
                          CFStringRef newName, CFStringRef temporaryName,
                          const FSRef* temporaryDirectory, OptionBits flags, FSRef* resultObject);
+
+// Makes everything written to the volume durable, the names in its folders included.
+OSErr FSFlushVolume(FSVolumeRefNum vRefNum);
+
+// The stand-in's own calls, for many files that take their names at once. Between the two,
+// FSRenameUnicode, FSMoveObject and FSReplaceObject leave the folders they change unflushed, and
+// FSEndDeferredFolderFlush then flushes each of them once. Whoever defers has made the renamed
+// files' data durable first (FSFlushVolume): a name that outlives a crash must never lead to a
+// file whose data did not.
+void FSBeginDeferredFolderFlush();
+void FSEndDeferredFolderFlush();
 
 // Forks. Only the data fork exists; its name is empty. A fork number stays valid until
 // FSCloseFork.

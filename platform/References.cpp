@@ -8,7 +8,9 @@
 #include <cerrno>
 #include <cstring>
 #include <map>
+#include <set>
 #include <unordered_map>
+#include <utility>
 #include <vector>
 
 #include "platform/DiskBackend.h"
@@ -97,6 +99,8 @@ class HeldFolders {
     m_mapByIdentity[identity] = index;
     return noErr;
   }
+
+  std::size_t Size() const { return m_vecEntries.size(); }
 
   const Entry* Find(UInt32 index) const {
     return index < m_vecEntries.size() && m_vecEntries[index].m_nDescriptor >= 0
@@ -209,6 +213,14 @@ OSErr FindPlace(const std::string& path, const ObjectIdentity& identity, UInt32&
 int HeldDescriptor(UInt32 folder) {
   const HeldFolders::Entry* entry = Held().Find(folder);
   return entry != nullptr ? entry->m_nDescriptor : -1;
+}
+
+int HeldDescriptorOnDevice(UInt64 device) {
+  for (UInt32 index = 0; index < Held().Size(); ++index) {
+    const HeldFolders::Entry* entry = Held().Find(index);
+    if (entry != nullptr && entry->m_identity.m_nDevice == device) return entry->m_nDescriptor;
+  }
+  return -1;
 }
 
 int LookAtHeld(UInt32 self, ObjectOnDisk& object) {
@@ -385,7 +397,29 @@ std::string PathThroughHeld(UInt32 folder, const std::string& name) {
   return DescriptorPath(HeldDescriptor(folder), name);
 }
 
+namespace {
+
+// The folders whose flush waits for FSEndDeferredFolderFlush, while one is deferred.
+std::set<UInt32>* s_pDeferredFlushes = nullptr;
+
+}  // namespace
+
+void FSBeginDeferredFolderFlush() {
+  if (s_pDeferredFlushes == nullptr) s_pDeferredFlushes = new std::set<UInt32>;
+}
+
+void FSEndDeferredFolderFlush() {
+  std::set<UInt32>* const folders = std::exchange(s_pDeferredFlushes, nullptr);
+  if (folders == nullptr) return;
+  for (UInt32 folder : *folders) FlushFolder(folder);
+  delete folders;
+}
+
 void FlushFolder(UInt32 folder) {
+  if (s_pDeferredFlushes != nullptr) {
+    s_pDeferredFlushes->insert(folder);
+    return;
+  }
   DiskBackend& disk = ActiveDiskBackend();
   int fd;
   // Held without read access; flushing needs a descriptor that was opened for reading.

@@ -29,7 +29,7 @@ struct Marked {
   std::atomic<int> m_nFolder{-1};  // -1: a free slot
   char m_szName[64];
 };
-Marked s_marked[16];
+Marked s_marked[kMostTemporaryFiles];
 
 // Keeps the signals away while the marks change, so that the handler never sees half of one.
 class SignalsBlocked {

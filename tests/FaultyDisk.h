@@ -14,6 +14,7 @@ enum class DiskCall {
   kWrite,
   kReserve,
   kFlush,
+  kFlushFileSystem,
   kOpen,
   kLook,
   kMakeFolder,
@@ -49,6 +50,9 @@ class FaultyDisk : public DiskBackend {
     return Fails(DiskCall::kReserve) ? m_nError : DiskBackend::Reserve(fd, offset, length);
   }
   int Flush(int fd) override { return Fails(DiskCall::kFlush) ? m_nError : DiskBackend::Flush(fd); }
+  int FlushFileSystem(int fd) override {
+    return Fails(DiskCall::kFlushFileSystem) ? m_nError : DiskBackend::FlushFileSystem(fd);
+  }
   int Open(int folder, const char* name, int flags, mode_t mode, int& fd) override {
     return Fails(DiskCall::kOpen) ? m_nError : DiskBackend::Open(folder, name, flags, mode, fd);
   }

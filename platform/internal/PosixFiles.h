@@ -55,6 +55,9 @@ OSErr MacErrorFromErrno(int error);
 // The descriptor of a held folder; -1 for kNoFolder and for a folder let go once it was deleted.
 int HeldDescriptor(UInt32 folder);
 
+// The descriptor of a held folder on the file system `device`; -1 when none is held there.
+int HeldDescriptorOnDevice(UInt64 device);
+
 // Looks at `name` in the held folder `folder` without following a link there and without holding
 // anything: to check a reference, or a name about to be used. 0 or an errno value.
 int LookAt(UInt32 folder, const std::string& name, ObjectOnDisk& object);
