@@ -25,13 +25,17 @@ struct AlertDescription {
   std::vector<Button> m_vecButtons;  // in item order; items without a text are left out
   DialogItemIndex m_nDefaultItem = kAlertStdAlertOKButton;
   DialogItemIndex m_nCancelItem = 0;  // 0: none
+  std::string m_strCheckBox = {};     // the title of a check box under the texts; empty: none
+  // The check box's state: as it is shown at first, and as the backend leaves it once answered.
+  mutable bool m_bChecked = false;
 };
 
 class DialogBackend {
  public:
   virtual ~DialogBackend() = default;
 
-  // Shows the alert until the user picks a button and returns that button's item.
+  // Shows the alert until the user picks a button and returns that button's item, leaving the
+  // state of its check box, if any, in `alert.m_bChecked`.
   virtual DialogItemIndex RunAlert(const AlertDescription& alert) = 0;
 
   // Shows `message` (UTF-8, maybe empty) and lets the user choose an existing folder. Its POSIX
@@ -51,7 +55,9 @@ using ScopedDialogBackend = ScopedBackend<DialogBackend>;
 // Writes each alert's texts to `out` (stop alerts, which report failed checks, to `err`) with its
 // buttons, as TerminalText shows them and without the isolation marks U+2068 and U+2069, and reads
 // one line of answer from `in`: a label in any case, or its first letter when no other label
-// starts with it; an empty line or the end of input picks the default button. Anything else is
+// starts with it (where one does, the first letter of its first word that sets it apart, shown
+// after the label); an empty line or the end of input picks the default button. A check box is
+// ticked by a + after the answer. Anything else is
 // asked again, with the accepted answers spelled out, up to ten times; then the default button is
 // taken. A folder is chosen by typing its path on one line; a leading "~" stands for the home
 // folder. An empty line or the end of input cancels; a path that names no folder is asked for

@@ -10,6 +10,7 @@
 
 struct OpaqueDialogPtr {
   AlertDescription m_alert;
+  Boolean* m_pCheckBoxValue = nullptr;
 };
 
 namespace {
@@ -73,9 +74,19 @@ OSStatus CreateStandardAlert(AlertType alertType, CFStringRef error, CFStringRef
   return noErr;
 }
 
+OSStatus SetStandardAlertCheckBox(DialogRef alert, CFStringRef title, Boolean* value) {
+  if (alert == nullptr || title == nullptr || value == nullptr) return paramErr;
+  alert->m_alert.m_strCheckBox = DisplayText(title);
+  alert->m_alert.m_bChecked = *value;
+  alert->m_pCheckBoxValue = value;
+  return noErr;
+}
+
 OSStatus RunStandardAlert(DialogRef inAlert, ModalFilterUPP, DialogItemIndex* outItemHit) {
   if (inAlert == nullptr) return paramErr;
   const DialogItemIndex item = ActiveDialogBackend().RunAlert(inAlert->m_alert);
+  if (inAlert->m_pCheckBoxValue != nullptr)
+    *inAlert->m_pCheckBoxValue = inAlert->m_alert.m_bChecked;
   delete inAlert;
   if (outItemHit != nullptr) *outItemHit = item;
   return noErr;

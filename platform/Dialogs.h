@@ -56,6 +56,11 @@ OSStatus GetStandardAlertDefaultParams(AlertStdCFStringAlertParamRec* param, UIn
 OSStatus CreateStandardAlert(AlertType alertType, CFStringRef error, CFStringRef explanation,
                              const AlertStdCFStringAlertParamRec* param, DialogRef* outAlert);
 
+// The stand-in's own call, for one answer given to many questions: a check box titled `title` under
+// the alert's texts, checked at first when `*value` is true. RunStandardAlert leaves in `*value`
+// the state the user left it in, so `value` must last until then. paramErr for a null argument.
+OSStatus SetStandardAlertCheckBox(DialogRef alert, CFStringRef title, Boolean* value);
+
 // Shows the alert, waits for the answer and disposes of the alert, as the real call does.
 OSStatus RunStandardAlert(DialogRef inAlert, ModalFilterUPP filterProc,
                           DialogItemIndex* outItemHit);

@@ -10,7 +10,9 @@
 #include <initializer_list>
 #include <istream>
 #include <ostream>
+#include <sstream>
 #include <string>
+#include <vector>
 
 #include "platform/DialogBackend.h"
 #include "platform/Terminal.h"
@@ -88,18 +90,57 @@ std::string FirstCharacter(const std::string& label) {
   return label.substr(0, length);
 }
 
+// A label's words, split at spaces.
+std::vector<std::string> WordsOf(const std::string& label) {
+  std::vector<std::string> words;
+  std::istringstream in(label);
+  for (std::string word; in >> word;) words.push_back(word);
+  return words;
+}
+
+// The letter that answers for the button `index`: its label's first character, or, where another
+// label starts with the same one ("Keep Existing" beside "Keep Both"), the first character of its
+// first word that no other label starts with or has at that place. Empty when there is none.
+std::string AnswerLetter(const AlertDescription& alert, std::size_t index) {
+  const auto& buttons = alert.m_vecButtons;
+  const std::vector<std::string> words = WordsOf(buttons[index].m_strLabel);
+  for (std::size_t place = 0; place < words.size(); ++place) {
+    const std::string letter = FirstCharacter(words[place]);
+    bool shared = false;
+    for (std::size_t other = 0; other < buttons.size() && !shared; ++other) {
+      if (other == index) continue;
+      const std::vector<std::string> others = WordsOf(buttons[other].m_strLabel);
+      const auto sharedAt = [&](std::size_t at) {
+        return at < others.size() && SameIgnoringCase(letter, FirstCharacter(others[at]));
+      };
+      shared = sharedAt(0) || sharedAt(place);
+    }
+    if (!shared) return letter;
+  }
+  return std::string();
+}
+
 // The item an answer picks, or 0 when it picks none.
 DialogItemIndex ItemForAnswer(const std::string& answer, const AlertDescription& alert) {
   if (answer.empty()) return alert.m_nDefaultItem;
   for (const AlertDescription::Button& button : alert.m_vecButtons)
     if (SameIgnoringCase(answer, button.m_strLabel)) return button.m_nItem;
-  DialogItemIndex byLetter = 0;
-  for (const AlertDescription::Button& button : alert.m_vecButtons) {
-    if (!SameIgnoringCase(answer, FirstCharacter(button.m_strLabel))) continue;
-    if (byLetter != 0) return 0;  // two labels start with it
-    byLetter = button.m_nItem;
+  for (std::size_t i = 0; i < alert.m_vecButtons.size(); ++i) {
+    const std::string letter = AnswerLetter(alert, i);
+    if (!letter.empty() && SameIgnoringCase(answer, letter)) return alert.m_vecButtons[i].m_nItem;
   }
-  return byLetter;
+  return 0;
+}
+
+// A button's label as the terminal shows it: followed by its letter where that is not the
+// label's first, so that each answer can still be one letter.
+std::string ShownLabel(const AlertDescription& alert, std::size_t index) {
+  const std::string& label = alert.m_vecButtons[index].m_strLabel;
+  const std::string letter = AnswerLetter(alert, index);
+  const std::string shown = TerminalText(label);
+  const std::vector<std::string> words = WordsOf(label);
+  if (letter.empty() || letter == FirstCharacter(words[0])) return shown;
+  return shown + " (" + TerminalText(letter) + ")";
 }
 
 // "A, B or C", in the user's language.
@@ -107,7 +148,7 @@ std::string ListOfLabels(const AlertDescription& alert) {
   std::string list;
   const std::size_t count = alert.m_vecButtons.size();
   for (std::size_t i = 0; i < count; ++i) {
-    const std::string label = TerminalText(alert.m_vecButtons[i].m_strLabel);
+    const std::string label = ShownLabel(alert, i);
     if (i == 0) {
       list = label;
     } else if (i + 1 < count) {
@@ -153,7 +194,17 @@ TextDialogBackend::TextDialogBackend(std::istream& in, std::ostream& out, std::o
 DialogItemIndex TextDialogBackend::RunAlert(const AlertDescription& alert) {
   std::ostream& out = alert.m_nKind == kAlertStopAlert ? m_err : m_out;
   out << '\n' << TerminalMessage(alert.m_strMessage) << '\n';
-  if (!alert.m_strExplanation.empty()) out << TerminalMessage(alert.m_strExplanation) << '\n';
+  // An explanation may run over lines of its own (a summary's groups); names in it show their
+  // line ends as escapes, so every line end left is the application's.
+  std::istringstream explanation(alert.m_strExplanation);
+  for (std::string line; std::getline(explanation, line);) out << TerminalMessage(line) << '\n';
+  if (!alert.m_strCheckBox.empty()) {
+    // Translators: on the terminal, how to tick an alert's check box; %0 is its title, such as
+    // "Apply to all". The + stays as it is.
+    out << Localized(LOCALIZABLE_TEXT("To choose \"%0\" too, put + after your answer."),
+                     {TerminalText(alert.m_strCheckBox)})
+        << '\n';
+  }
   const std::string labels = ListOfLabels(alert);
   const std::string defaultLabel = DefaultLabel(alert);
   // Translators: the prompt after an alert's texts on the terminal. %0 lists the buttons' titles;
@@ -176,8 +227,14 @@ DialogItemIndex TextDialogBackend::RunAlert(const AlertDescription& alert) {
           << '\n';
       return alert.m_nDefaultItem;
     }
-    const DialogItemIndex item = ItemForAnswer(Trimmed(line), alert);
-    if (item != 0) return item;
+    std::string typed = Trimmed(line);
+    const bool ticked = !alert.m_strCheckBox.empty() && !typed.empty() && typed.back() == '+';
+    if (ticked) typed = Trimmed(typed.substr(0, typed.size() - 1));
+    const DialogItemIndex item = ItemForAnswer(typed, alert);
+    if (item != 0) {
+      alert.m_bChecked = alert.m_bChecked || ticked;
+      return item;
+    }
     if (tries == kTries) {
       // Translators: %0 is the number of tries, always 10; %1 is the title of the button taken.
       out << Localized(LOCALIZABLE_TEXT("No answer after %0 tries; taking %1."),

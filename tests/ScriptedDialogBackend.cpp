@@ -4,6 +4,7 @@
 
 DialogItemIndex ScriptedDialogBackend::RunAlert(const AlertDescription& alert) {
   m_vecAlerts.push_back(alert);
+  if (!alert.m_strCheckBox.empty()) alert.m_bChecked = m_bTickCheckBoxes;
   if (m_queAnswers.empty()) return alert.m_nDefaultItem;
   const DialogItemIndex answer = m_queAnswers.front();
   m_queAnswers.pop_front();

@@ -8,9 +8,15 @@
 #include <algorithm>
 #include <clocale>
 #include <cstdlib>
+#include <string>
 #include <vector>
 
 namespace {
+
+// Explanations of this many lines or more scroll, in an area this many pixels high at most.
+const long kMostLinesUnscrolled = 12;
+const int kScrolledHeight = 320;
+const int kWidestLine = 100;  // characters
 
 struct Kind {
   GtkMessageType m_nType;
@@ -40,18 +46,56 @@ void AddIcon(GtkMessageDialog* dialog, const char* iconName) {
   gtk_widget_show(icon);
 }
 
+// A long explanation (the summary of many files) scrolls inside an area of its own, so that the
+// window keeps a height that fits any screen however many lines there are; a short one is the
+// dialog's usual secondary text.
+void AddExplanation(GtkMessageDialog* dialog, const std::string& message,
+                    const std::string& explanation) {
+  if (std::count(explanation.begin(), explanation.end(), '\n') < kMostLinesUnscrolled) {
+    gtk_message_dialog_format_secondary_text(dialog, "%s", explanation.c_str());
+    return;
+  }
+  // Bold and larger, as the dialog shows a message that has secondary text.
+  gchar* markup =
+      g_markup_printf_escaped("<span weight='bold' size='larger'>%s</span>", message.c_str());
+  gtk_message_dialog_set_markup(dialog, markup);
+  g_free(markup);
+  GtkWidget* text = gtk_label_new(explanation.c_str());
+  gtk_label_set_selectable(GTK_LABEL(text), TRUE);
+  gtk_label_set_xalign(GTK_LABEL(text), 0);
+  gtk_label_set_yalign(GTK_LABEL(text), 0);
+  // Long paths wrap rather than widen the window past the screen.
+  gtk_label_set_line_wrap(GTK_LABEL(text), TRUE);
+  gtk_label_set_line_wrap_mode(GTK_LABEL(text), PANGO_WRAP_WORD_CHAR);
+  gtk_label_set_max_width_chars(GTK_LABEL(text), kWidestLine);
+  GtkWidget* area = gtk_scrolled_window_new(nullptr, nullptr);
+  gtk_scrolled_window_set_policy(GTK_SCROLLED_WINDOW(area), GTK_POLICY_NEVER, GTK_POLICY_AUTOMATIC);
+  // A scroll bar that shows only under the pointer would hide that there is more below.
+  gtk_scrolled_window_set_overlay_scrolling(GTK_SCROLLED_WINDOW(area), FALSE);
+  gtk_scrolled_window_set_max_content_height(GTK_SCROLLED_WINDOW(area), kScrolledHeight);
+  gtk_scrolled_window_set_propagate_natural_height(GTK_SCROLLED_WINDOW(area), TRUE);
+  gtk_scrolled_window_set_propagate_natural_width(GTK_SCROLLED_WINDOW(area), TRUE);
+  gtk_container_add(GTK_CONTAINER(area), text);
+  gtk_widget_show_all(area);
+  gtk_box_pack_start(GTK_BOX(gtk_message_dialog_get_message_area(dialog)), area, TRUE, TRUE, 0);
+}
+
 // A closed window leaves the screen only once GTK has handled its events; the next dialog, or
 // the end of the process, must not find it still there.
 void FinishPendingEvents() {
   while (gtk_events_pending()) gtk_main_iteration();
 }
 
-// The buttons from left to right: the others, then the cancel button, the default one at the
-// right edge, where both desktops put the button that Return presses.
+// The buttons from left to right: the other button at the left edge, away from the rest, then the
+// cancel button, the default one at the right edge, where both desktops put the button that
+// Return presses.
 std::vector<AlertDescription::Button> ButtonsInRowOrder(const AlertDescription& alert) {
   std::vector<AlertDescription::Button> row = alert.m_vecButtons;
   const auto place = [&alert](const AlertDescription::Button& button) {
-    return button.m_nItem == alert.m_nDefaultItem ? 2 : button.m_nItem == alert.m_nCancelItem;
+    return button.m_nItem == alert.m_nDefaultItem        ? 3
+           : button.m_nItem == alert.m_nCancelItem       ? 2
+           : button.m_nItem != kAlertStdAlertOtherButton ? 1
+                                                         : 0;
   };
   std::stable_sort(row.begin(), row.end(),
                    [&place](const auto& a, const auto& b) { return place(a) < place(b); });
@@ -69,9 +113,15 @@ DialogItemIndex GtkDialogBackend::RunAlert(const AlertDescription& alert) {
   GtkWidget* dialog = gtk_message_dialog_new(nullptr, GTK_DIALOG_MODAL, kind.m_nType,
                                              GTK_BUTTONS_NONE, "%s", alert.m_strMessage.c_str());
   AddIcon(GTK_MESSAGE_DIALOG(dialog), kind.m_szIcon);
-  if (!alert.m_strExplanation.empty()) {
-    gtk_message_dialog_format_secondary_text(GTK_MESSAGE_DIALOG(dialog), "%s",
-                                             alert.m_strExplanation.c_str());
+  if (!alert.m_strExplanation.empty())
+    AddExplanation(GTK_MESSAGE_DIALOG(dialog), alert.m_strMessage, alert.m_strExplanation);
+  GtkWidget* checkBox = nullptr;
+  if (!alert.m_strCheckBox.empty()) {
+    checkBox = gtk_check_button_new_with_label(alert.m_strCheckBox.c_str());
+    gtk_toggle_button_set_active(GTK_TOGGLE_BUTTON(checkBox), alert.m_bChecked);
+    gtk_widget_show(checkBox);
+    gtk_box_pack_end(GTK_BOX(gtk_message_dialog_get_message_area(GTK_MESSAGE_DIALOG(dialog))),
+                     checkBox, FALSE, FALSE, 0);
   }
   gtk_window_set_title(GTK_WINDOW(dialog), g_get_application_name());
   GtkWidget* defaultButton = nullptr;
@@ -90,6 +140,8 @@ DialogItemIndex GtkDialogBackend::RunAlert(const AlertDescription& alert) {
     gtk_widget_grab_focus(defaultButton);
   }
   const gint response = gtk_dialog_run(GTK_DIALOG(dialog));
+  if (checkBox != nullptr)
+    alert.m_bChecked = gtk_toggle_button_get_active(GTK_TOGGLE_BUTTON(checkBox));
   gtk_widget_destroy(dialog);
   FinishPendingEvents();
   if (response > 0) return static_cast<DialogItemIndex>(response);

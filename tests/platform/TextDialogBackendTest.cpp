@@ -95,6 +95,38 @@ TEST(TextDialogBackendTest, ControlAndFormatCharactersShowAsEscapes) {
   EXPECT_EQ("", err.str());
 }
 
+// Labels that begin alike answer to the first letter of the word that sets them apart, shown after
+// them; a + after the answer ticks the check box.
+TEST(TextDialogBackendTest, LabelsThatBeginAlikeAndTheCheckBox) {
+  const std::string asked =
+      "\nReplace?\nTo choose \"Apply to all\" too, put + after your answer.\n"
+      "Answer Keep Existing (E), Replace or Keep Both (B) [Keep Existing]: ";
+  struct Case {
+    std::string input;
+    DialogItemIndex item;
+    bool checked;
+  };
+  const Case cases[] = {
+      {"b\n", 3, false}, {"e\n", 1, false},         {"R +\n", 2, true},
+      {"+\n", 1, true},  {"keep both+\n", 3, true}, {"k\nb\n", 3, false},  // k is both Keeps'
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.input);
+    const AlertDescription alert = {kAlertCautionAlert,
+                                    "Replace?",
+                                    "",
+                                    {{"Keep Existing", 1}, {"Replace", 2}, {"Keep Both", 3}},
+                                    1,
+                                    1,
+                                    "Apply to all"};
+    std::istringstream in(c.input);
+    std::ostringstream out, err;
+    EXPECT_EQ(c.item, TextDialogBackend(in, out, err).RunAlert(alert));
+    EXPECT_EQ(c.checked, alert.m_bChecked);
+    EXPECT_EQ(0u, out.str().rfind(asked, 0));
+  }
+}
+
 TEST(TextDialogBackendTest, FolderQuestionReadsAPath) {
   TempFolder temp;
   std::filesystem::create_directory(temp.Path("sub"));
