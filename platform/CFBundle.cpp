@@ -1,7 +1,5 @@
 // CFBundle.cpp: the bundle part of CoreFoundation.h: framework bundles with their executables,
 // and the main bundle with its localized texts, which gettext finds beside the executable.
-#include "platform/CoreFoundation.h"
-
 #include <dlfcn.h>
 #include <libintl.h>
 #include <locale.h>
@@ -15,6 +13,7 @@
 #include <string>
 #include <vector>
 
+#include "platform/CoreFoundation.h"
 #include "platform/internal/CFObject.h"
 #include "platform/internal/Unicode.h"
 
@@ -64,8 +63,10 @@ bool CatalogString(const std::string& bytes, UInt32 table, UInt32 index, bool bi
 }
 
 // Looks `key` up in the compiled catalog at `path`, read directly: gettext looks nothing up in the
-// C and POSIX locales, where the English texts must still show. A damaged catalog holds nothing.
-bool FindInCatalog(const std::string& path, const std::string& key, std::string& text) {
+// C and POSIX locales, where the English texts must still show. Of a plural entry, the form
+// `form` (English has two: 0 for one, 1 for any other number). A damaged catalog holds nothing.
+bool FindInCatalog(const std::string& path, const std::string& key, std::size_t form,
+                   std::string& text) {
   std::ifstream in(path, std::ios::binary);
   const std::string bytes{std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
   if (bytes.size() < 20) return false;
@@ -80,22 +81,29 @@ bool FindInCatalog(const std::string& path, const std::string& key, std::string&
     if (!CatalogString(bytes, originals, i, bigEndian, original)) return false;
     if (original != key) continue;
     if (!CatalogString(bytes, translations, i, bigEndian, text)) return false;
-    text.resize(std::strlen(text.c_str()));  // a plural entry: its first form
+    // A plural entry's forms follow one another, each ended by a zero byte.
+    std::size_t start = 0;
+    for (std::size_t f = 0; f < form && text.find('\0', start) != std::string::npos; ++f)
+      start = text.find('\0', start) + 1;
+    text = text.substr(start, text.find('\0', start) - start);
     return !text.empty();
   }
   return false;
 }
 
-// The main bundle's text for `key`, in UTF-8.
-bool FindText(const std::string& key, std::string& text) {
+// The main bundle's text for `key`, in UTF-8; with `pluralKey`, in the form for `count`.
+bool FindText(const std::string& key, std::string& text, const std::string* pluralKey = nullptr,
+              unsigned long count = 1) {
   if (key.empty() || !BindMainBundleTexts()) return false;  // "" would find the catalog's header
-  const char* translated = dgettext(kTextDomain, key.c_str());
-  if (translated != key.c_str()) {
+  const char* translated = pluralKey != nullptr
+                               ? dngettext(kTextDomain, key.c_str(), pluralKey->c_str(), count)
+                               : dgettext(kTextDomain, key.c_str());
+  if (translated != key.c_str() && (pluralKey == nullptr || translated != pluralKey->c_str())) {
     text = translated;
     return true;
   }
   const std::string english = CatalogFolder(*CFBundleGetMainBundle()) + "/en/LC_MESSAGES/";
-  return FindInCatalog(english + kTextDomain + ".mo", key, text);
+  return FindInCatalog(english + kTextDomain + ".mo", key, count == 1 ? 0 : 1, text);
 }
 
 }  // namespace
@@ -158,4 +166,18 @@ CFStringRef CFBundleCopyLocalizedString(CFBundleRef bundle, CFStringRef key, CFS
     return MakeCFString(std::move(units));
   const CFStringRef fallback = value != nullptr && !value->m_units.empty() ? value : key;
   return MakeCFString(fallback->m_units);
+}
+
+CFStringRef CFBundleCopyLocalizedStringForCount(CFStringRef key, CFStringRef pluralKey,
+                                                unsigned long count) {
+  if (key == nullptr) return nullptr;
+  const CFStringRef english = count == 1 || pluralKey == nullptr ? key : pluralKey;
+  std::string keyText, pluralText, text;
+  std::vector<UniChar> units;
+  if (pluralKey != nullptr && EncodeUtf8(key->m_units.data(), key->m_units.size(), keyText) &&
+      EncodeUtf8(pluralKey->m_units.data(), pluralKey->m_units.size(), pluralText) &&
+      FindText(keyText, text, &pluralText, count) &&
+      DecodeUtf8(reinterpret_cast<const UInt8*>(text.data()), text.size(), units))
+    return MakeCFString(std::move(units));
+  return MakeCFString(english->m_units);
 }

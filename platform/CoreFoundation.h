@@ -53,6 +53,9 @@ CFStringRef CFStringMakeConstantString(const char* text);
 // literals are never translated, whatever they say: folder names and preference keys among them.
 #define CFSTR_LOCALIZABLE(key) CFSTR(key)
 #define LOCALIZABLE_TEXT(key) key
+// The two keys of a text that says a number: the singular and the plural English text, the two
+// first arguments of CFBundleCopyLocalizedStringForCount.
+#define CFSTR_LOCALIZABLE_PLURAL(key, pluralKey) CFSTR(key), CFSTR(pluralKey)
 
 CFStringRef CFStringCreateWithCharacters(CFAllocatorRef allocator, const UniChar* characters,
                                          CFIndex count);
@@ -129,6 +132,13 @@ CFBundleRef CFBundleGetMainBundle();
 // Other bundles have no texts. `tableName` is ignored: a bundle has one table.
 CFStringRef CFBundleCopyLocalizedString(CFBundleRef bundle, CFStringRef key, CFStringRef value,
                                         CFStringRef tableName);
+
+// The stand-in's own call, for a text that says a number: the main bundle's text for `key` (the
+// singular English text) and `pluralKey` in the form that the user's language uses for `count`,
+// as catalogs with plural forms keep it; untranslated, `key` for 1 and `pluralKey` otherwise. A
+// new string; null for a null key.
+CFStringRef CFBundleCopyLocalizedStringForCount(CFStringRef key, CFStringRef pluralKey,
+                                                unsigned long count);
 
 // What kind of object `object` is: strings, URLs, bundles and each kind of preference value
 // (number, boolean, array, dictionary, date, data) have identifiers of their own.
