@@ -1,6 +1,8 @@
 #include "ovlib/general_framework/OVFileSystemReferenceMac.h"
 
 #include <cstring>
+#include <map>
+#include <string>
 #include <vector>
 
 #include "ovlib/base_ui_framework/mac/MacUtil.h"
@@ -29,8 +31,8 @@ FSCatalogInfo TextFileInfo() {
   return catalogInfo;
 }
 
-// Writes the data fork of `file` with `fill`, if any, and makes it durable.
-OSErr FillAndFlush(const FSRef* file, const std::function<OSErr(SInt16 fork)>& fill) {
+// Writes the data fork of `file` with `fill`, if any, and with `flush` makes it durable.
+OSErr Fill(const FSRef* file, const std::function<OSErr(SInt16 fork)>& fill, bool flush) {
   HFSUniStr255 dataForkName;
   SInt16 fork;
   OSErr err = FSGetDataForkName(&dataForkName);
@@ -38,9 +40,42 @@ OSErr FillAndFlush(const FSRef* file, const std::function<OSErr(SInt16 fork)>& f
     err = FSOpenFork(file, dataForkName.length, dataForkName.unicode, fsWrPerm, &fork);
   if (err != noErr) return err;
   if (fill) err = fill(fork);
-  if (err == noErr) err = FSFlushFork(fork);
+  if (err == noErr && flush) err = FSFlushFork(fork);
   const OSErr closeErr = FSCloseFork(fork);
   return err != noErr ? err : closeErr;
+}
+
+// Numbered names go up to "Name 9999.xml"; a folder holding all of them takes no more.
+const int kLastNumber = 9999;
+
+// `name` with ` number` before its extension: "Soft Edges 2.xml"; a name whose only dot starts it
+// (".xml") has no extension.
+std::vector<UniChar> NumberedName(UniCharCount nameLength, const UniChar* name, int number) {
+  std::vector<UniChar> numbered(name, name + nameLength);
+  std::size_t dot = nameLength;
+  for (std::size_t i = nameLength; i-- > 1;) {
+    if (name[i] == '.') {
+      dot = i;
+      break;
+    }
+  }
+  std::vector<UniChar> suffix{' '};
+  for (char digit : std::to_string(number)) suffix.push_back(static_cast<UniChar>(digit));
+  numbered.insert(numbered.begin() + static_cast<std::ptrdiff_t>(dot), suffix.begin(),
+                  suffix.end());
+  return numbered;
+}
+
+// Gives the finished file `temporary` the first free numbered name after `name` in `folder`.
+OSErr TakeNumberedName(UniCharCount nameLength, const UniChar* name, const FSRef* temporary,
+                       FSRef* newFile) {
+  for (int number = 2; number <= kLastNumber; ++number) {
+    const std::vector<UniChar> numbered = NumberedName(nameLength, name, number);
+    const OSErr err = FSRenameUnicode(temporary, numbered.size(), numbered.data(),
+                                      kTextEncodingUnicodeDefault, newFile);
+    if (err != dupFNErr) return err;
+  }
+  return dupFNErr;
 }
 
 // Gives the finished file `temporary` the name `name` in `folder`: while the name is free, or
@@ -174,7 +209,8 @@ bool OVFileSystemReference::HasVersion(const OVFileVersion& version) const {
 
 int OVFileSystemReference::Copy(const OVFileSystemReference& destinationFolder,
                                 OVFileSystemReference& newFile, bool overwrite,
-                                const OVFileVersion* sourceVersion) const {
+                                const OVFileVersion* sourceVersion,
+                                const OVNewFileOptions& options) const {
   HFSUniStr255 dataForkName;
   if (FSGetDataForkName(&dataForkName) != noErr) return -1;
   TString name;
@@ -200,7 +236,8 @@ int OVFileSystemReference::Copy(const OVFileSystemReference& destinationFolder,
         if (copyErr == noErr && sourceVersion != nullptr && !HasVersion(*sourceVersion))
           copyErr = ioErr;
         return copyErr;
-      });
+      },
+      options);
   return err == noErr ? 0 : -1;
 }
 
@@ -291,18 +328,73 @@ OSErr FSMoveRenameObjectUnicode(const FSRef* ref, const FSRef* destDirectory,
 
 OSErr FSCreateTextFileUnicode(const FSRef* folder, UniCharCount nameLength, const UniChar* name,
                               Boolean replace, FSRef* newFile,
-                              const std::function<OSErr(SInt16 fork)>& fill) {
+                              const std::function<OSErr(SInt16 fork)>& fill,
+                              const OVNewFileOptions& options) {
   // A name that is taken, or cannot be one, is known before anything is written.
   FSRef existing;
   OSErr err = FSMakeFSRefUnicode(folder, nameLength, name, kTextEncodingUnicodeDefault, &existing);
-  if (err == noErr && !replace) return dupFNErr;
+  if (err == noErr && !replace && !options.m_bNumberedName) return dupFNErr;
   if (err != noErr && err != fnfErr) return err;
   const FSCatalogInfo catalogInfo = TextFileInfo();
   FSRef temporary;
   err = FSCreateTemporaryFile(folder, kFSCatInfoFinderInfo, &catalogInfo, &temporary);
   if (err != noErr) return err;
-  err = FillAndFlush(&temporary, fill);
-  if (err == noErr) err = TakeName(folder, nameLength, name, replace, &temporary, newFile);
+  err = Fill(&temporary, fill, options.m_pBatch == nullptr);
+  if (err == noErr && options.m_pBatch != nullptr) {
+    options.m_pBatch->m_vecWaiting.push_back({*folder,
+                                              std::vector<UniChar>(name, name + nameLength),
+                                              replace != 0, options.m_bNumberedName, temporary});
+    return noErr;
+  }
+  if (err == noErr) {
+    err = options.m_bNumberedName
+              ? TakeNumberedName(nameLength, name, &temporary, newFile)
+              : TakeName(folder, nameLength, name, replace, &temporary, newFile);
+  }
   if (err != noErr) FSDeleteObject(&temporary);
   return err;
+}
+
+OVFileBatch::~OVFileBatch() {
+  for (const Waiting& waiting : m_vecWaiting) FSDeleteObject(&waiting.m_temporary);
+}
+
+bool OVFileBatch::Awaits(const TString& name) const {
+  const std::vector<UniChar> units = CreateUniCharVectorFromTString(name);
+  for (const Waiting& waiting : m_vecWaiting)
+    if (waiting.m_name == units) return true;
+  return false;
+}
+
+std::vector<OVFileBatch::Named> OVFileBatch::NameAll() {
+  std::vector<Waiting> waiting;
+  waiting.swap(m_vecWaiting);
+  std::vector<Named> named(waiting.size(), Named{noErr, OVFileSystemReference()});
+  // Every file's data is durable before any of them takes its name: after a crash, a name leads
+  // to a whole file or there is no name.
+  std::map<FSVolumeRefNum, OSErr> flushed;
+  for (std::size_t i = 0; i < waiting.size(); ++i) {
+    FSCatalogInfo info;
+    named[i].m_nStatus = FSGetCatalogInfo(&waiting[i].m_temporary, kFSCatInfoVolume, &info, nullptr,
+                                          nullptr, nullptr);
+    if (named[i].m_nStatus != noErr) continue;
+    auto found = flushed.find(info.volume);
+    if (found == flushed.end())
+      found = flushed.emplace(info.volume, FSFlushVolume(info.volume)).first;
+    named[i].m_nStatus = found->second;
+  }
+  FSBeginDeferredFolderFlush();
+  for (std::size_t i = 0; i < waiting.size(); ++i) {
+    const Waiting& file = waiting[i];
+    OSErr& err = named[i].m_nStatus;
+    if (err == noErr) {
+      err = file.m_bNumberedName ? TakeNumberedName(file.m_name.size(), file.m_name.data(),
+                                                    &file.m_temporary, named[i].m_file)
+                                 : TakeName(&file.m_folder, file.m_name.size(), file.m_name.data(),
+                                            file.m_bReplace, &file.m_temporary, named[i].m_file);
+    }
+    if (err != noErr) FSDeleteObject(&file.m_temporary);
+  }
+  FSEndDeferredFolderFlush();
+  return named;
 }

@@ -6,6 +6,7 @@
 #pragma once
 
 #include <functional>
+#include <vector>
 
 #include "platform/Files.h"
 #include "xmlparser/TString.h"
@@ -14,6 +15,17 @@
 struct OVFileVersion {
   UInt64 m_nLength = 0;
   UTCDateTime m_modified = {};
+};
+
+class OVFileBatch;
+
+// How a new file takes its name, beyond whether it may take the place of an object of that name.
+struct OVNewFileOptions {
+  // Under the first free name of "Name 2.xml", "Name 3.xml", ... (the number goes before the
+  // extension), taken only while it is free: such a file never replaces anything.
+  bool m_bNumberedName = false;
+  // Made whole now and named when the batch names its files; null: named at once.
+  OVFileBatch* m_pBatch = nullptr;
 };
 
 class OVFileSystemReference {
@@ -63,12 +75,53 @@ class OVFileSystemReference {
   // temporary name and then takes the name in one step: with `overwrite` it takes the place of an
   // object of that name, without it the name must still be free then. A copy that fails leaves
   // the folder as it was, an object of that name included. With `sourceVersion`, the copy also
-  // fails unless this file is still in that state once its data is copied.
+  // fails unless this file is still in that state once its data is copied. `options` may ask for
+  // a numbered name, or for the copy to take its name with a batch (newFile is then left as it is).
   int Copy(const OVFileSystemReference& destinationFolder, OVFileSystemReference& newFile,
-           bool overwrite, const OVFileVersion* sourceVersion = nullptr) const;
+           bool overwrite, const OVFileVersion* sourceVersion = nullptr,
+           const OVNewFileOptions& options = {}) const;
 
  private:
   FSRef m_fsRef;
+};
+
+// New files that take their names together, so that many files cost two flushes in all rather
+// than two each: the data of every file is made durable in one step before the first takes its
+// name, and each folder once after the last has. Each file still appears whole or not at all, and
+// until it is named a signal that ends the process removes it, as any temporary file.
+class OVFileBatch {
+ public:
+  // How one file of the batch ended, in the order the files were added.
+  struct Named {
+    // noErr; otherwise the file is gone: dupFNErr when another process took its name meanwhile
+    OSErr m_nStatus;
+    OVFileSystemReference m_file;
+  };
+
+  OVFileBatch() = default;
+  OVFileBatch(const OVFileBatch&) = delete;
+  OVFileBatch& operator=(const OVFileBatch&) = delete;
+  // Deletes the files that were never named.
+  ~OVFileBatch();
+
+  std::size_t Count() const { return m_vecWaiting.size(); }
+  // Whether a file waits to take the name `name`, in any folder.
+  bool Awaits(const TString& name) const;
+  // Names every waiting file and empties the batch.
+  std::vector<Named> NameAll();
+
+ private:
+  friend OSErr FSCreateTextFileUnicode(const FSRef*, UniCharCount, const UniChar*, Boolean, FSRef*,
+                                       const std::function<OSErr(SInt16)>&,
+                                       const OVNewFileOptions&);
+  struct Waiting {
+    FSRef m_folder;
+    std::vector<UniChar> m_name;
+    bool m_bReplace;
+    bool m_bNumberedName;
+    FSRef m_temporary;
+  };
+  std::vector<Waiting> m_vecWaiting;
 };
 
 // The Finder information of a file or a folder, in the platform's layouts.
@@ -112,7 +165,10 @@ OSErr FSMoveRenameObjectUnicode(const FSRef* ref, const FSRef* destDirectory,
 // and only then does the file take its name, in one step, so that no reader ever finds it half
 // written. With `replace` it takes the place of an object of that name; without, the name must be
 // free (dupFNErr), also when another process takes it meanwhile. On any failure the temporary
-// file goes and an object of that name stays as it was.
+// file goes and an object of that name stays as it was. With a numbered name in `options`, the
+// first free one is taken and `replace` does not matter; with a batch, the file is written but
+// neither flushed nor named, and `newFile` is left for the batch to name.
 OSErr FSCreateTextFileUnicode(const FSRef* folder, UniCharCount nameLength, const UniChar* name,
                               Boolean replace, FSRef* newFile,
-                              const std::function<OSErr(SInt16 fork)>& fill = nullptr);
+                              const std::function<OSErr(SInt16 fork)>& fill = nullptr,
+                              const OVNewFileOptions& options = {});

@@ -391,7 +391,8 @@ int SettingsUtils::SetNameFromFilterName(const TString& filterName, TString& set
 int SettingsUtils::UnpackageOldSettingsFile(OVFileSystemReference& packageFile,
                                             OVFileSystemReference& destinationFolder,
                                             OVFileSystemReference& unpackedFile, bool overwrite,
-                                            const OVFileVersion* packageVersion) {
+                                            const OVFileVersion* packageVersion,
+                                            const OVNewFileOptions& options) {
   if (destinationFolder.IsMisusedAsFolder()) {
     OV_AssertFailed("ovlib/ps_filter_framework/SettingsUtils", 183, "UnpackageOldSettingsFile");
   }
@@ -412,7 +413,7 @@ int SettingsUtils::UnpackageOldSettingsFile(OVFileSystemReference& packageFile,
   // Each character carries one byte; characters beyond a byte keep their low 8 bits.
   std::vector<unsigned char> bytes(payload.begin(), payload.end());
   TString().swap(payload);
-  return WriteBufferToDiskFile(destinationFolder, name, bytes, overwrite, unpackedFile);
+  return WriteBufferToDiskFile(destinationFolder, name, bytes, overwrite, unpackedFile, options);
 }
 
 int SettingsUtils::PackageOldSettingsFile(const OVFileSystemReference& oldSettingsFile,

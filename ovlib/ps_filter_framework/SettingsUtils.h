@@ -5,11 +5,9 @@
 
 #include <vector>
 
+#include "ovlib/general_framework/OVFileSystemReferenceMac.h"
 #include "platform/MacTypes.h"
 #include "xmlparser/TString.h"
-
-class OVFileSystemReference;
-struct OVFileVersion;
 
 // The settings vocabulary. Comparisons against these are exact and case-sensitive.
 extern const TString set_qname;               // "set": root attribute naming the product set
@@ -92,11 +90,13 @@ class SettingsUtils {
   // name: with `overwrite` in place of an object of that name, without it only while the name is
   // free; a failed unpacking leaves the folder as it was. With `packageVersion`, a package that is
   // no longer in that state is not unpacked. A failed read or decoding returns its status; a
-  // package that is not one, or has changed, or a failed write, -1.
+  // package that is not one, or has changed, or a failed write, -1. `options` as for
+  // OVFileSystemReference::Copy.
   static int UnpackageOldSettingsFile(OVFileSystemReference& packageFile,
                                       OVFileSystemReference& destinationFolder,
                                       OVFileSystemReference& unpackedFile, bool overwrite = true,
-                                      const OVFileVersion* packageVersion = nullptr);
+                                      const OVFileVersion* packageVersion = nullptr,
+                                      const OVNewFileOptions& options = {});
 
   // Packages the legacy file `oldSettingsFile` as "<its name>.f1s" in `destinationFolder`, never
   // replacing an existing file, and puts the package in `packageFile`. -1 when the filter is

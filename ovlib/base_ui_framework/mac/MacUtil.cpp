@@ -71,10 +71,11 @@ int ReadDiskFileIntoBuffer(const OVFileSystemReference& file, std::vector<unsign
 
 int WriteBufferToDiskFile(const OVFileSystemReference& folder, const TString& name,
                           const std::vector<unsigned char>& buffer, bool overwrite,
-                          OVFileSystemReference& newFile) {
+                          OVFileSystemReference& newFile, const OVNewFileOptions& options) {
   const std::vector<UniChar> units = CreateUniCharVectorFromWString(name);
   const OSErr err = FSCreateTextFileUnicode(
-      folder, units.size(), units.data(), overwrite, newFile, [&buffer](SInt16 fork) {
+      folder, units.size(), units.data(), overwrite, newFile,
+      [&buffer](SInt16 fork) {
         OSErr writeErr =
             FSAllocateFork(fork, kFSAllocAllOrNothingMask, fsFromStart, 0, buffer.size(), nullptr);
         if (writeErr != noErr) return writeErr;
@@ -83,7 +84,8 @@ int WriteBufferToDiskFile(const OVFileSystemReference& folder, const TString& na
         writeErr = FSWriteFork(fork, fsAtMark, 0, size, buffer.data(), &written);
         // A buffer of 4 GiB or more does not fit one request; writing part of it is a failure.
         return writeErr == noErr && (written != size || size != buffer.size()) ? ioErr : writeErr;
-      });
+      },
+      options);
   return err == noErr ? 0 : -1;
 }
 

@@ -9,12 +9,11 @@
 #include <string>
 #include <vector>
 
+#include "ovlib/general_framework/OVFileSystemReferenceMac.h"
 #include "platform/CoreFoundation.h"
 #include "platform/Dialogs.h"
 #include "platform/Files.h"
 #include "xmlparser/TString.h"
-
-class OVFileSystemReference;
 
 // Whole-file buffers.
 
@@ -25,10 +24,11 @@ int ReadDiskFileIntoBuffer(const OVFileSystemReference& file, std::vector<unsign
 // Creates the file `name` in `folder` holding exactly `buffer`, typed 'TEXT' with creator four
 // spaces, and puts it in `newFile`. The file is written whole under a temporary name and then
 // takes the name in one step: with `overwrite` it takes the place of an object of that name,
-// without it the name must be free. A write that fails leaves the folder as it was.
+// without it the name must be free. A write that fails leaves the folder as it was. `options` as
+// for OVFileSystemReference::Copy.
 int WriteBufferToDiskFile(const OVFileSystemReference& folder, const TString& name,
                           const std::vector<unsigned char>& buffer, bool overwrite,
-                          OVFileSystemReference& newFile);
+                          OVFileSystemReference& newFile, const OVNewFileOptions& options = {});
 
 // A standard I/O stream on the file, or null.
 FILE* FSRef_fopen(const FSRef* file, const char* mode);

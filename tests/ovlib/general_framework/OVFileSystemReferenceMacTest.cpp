@@ -107,6 +107,33 @@ TEST_F(OVFileSystemReferenceTest, CopyOntoAnExistingName) {
   EXPECT_EQ("newer", m_temp.Contents("in/setting"));
 }
 
+// Kept beside a setting of its name, a copy takes the first free numbered name, the number before
+// the extension, and never replaces anything.
+TEST_F(OVFileSystemReferenceTest, CopyUnderANumberedName) {
+  const struct {
+    const char* name;
+    std::vector<std::string> taken;
+    const char* numbered;
+  } cases[] = {
+      {"Soft Edges.xml", {"Soft Edges.xml"}, "Soft Edges 2.xml"},
+      {"a.b.xml", {"a.b.xml", "a.b 2.xml", "a.b 3.xml"}, "a.b 4.xml"},
+      {"NoExtension", {"NoExtension"}, "NoExtension 2"},
+      {".xml", {".xml"}, ".xml 2"},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.name);
+    fs::remove_all(m_temp.Path("in/destination"));
+    fs::create_directory(m_temp.Path("in/destination"));
+    for (const std::string& name : c.taken) m_temp.Write("in/destination/" + name, "taken");
+    OVFileSystemReference source = Input(c.name, "new"), copy;
+    ASSERT_EQ(0, source.Copy(Ref("in/destination"), copy, false, nullptr, {true, nullptr}));
+    EXPECT_EQ("in/destination/" + std::string(c.numbered), Relative(copy));
+    EXPECT_EQ("new", m_temp.Contents("in/destination/" + std::string(c.numbered)));
+    for (const std::string& name : c.taken)
+      EXPECT_EQ("taken", m_temp.Contents("in/destination/" + name));
+  }
+}
+
 // Both ways a setting is installed over an older one, a copy and an unpacked package, with each
 // disk call they make failed in turn: the older setting survives byte for byte and nothing else
 // is left in the folder, unless the failure came after the new file took its name.
