@@ -1,7 +1,10 @@
 #include "mac/Kestrail.h"
 
+#include <algorithm>
+#include <memory>
 #include <new>
 #include <string>
+#include <vector>
 
 #include "ovlib/base_ui_framework/mac/MacUtil.h"
 #include "ovlib/general_framework/OVUtil.h"
@@ -28,14 +31,31 @@ TString TextOf(CFStringRef string) {
   return string != nullptr ? CreateTStringFromCFStringRef(string) : TString();
 }
 
+// Markers are filled in turn, each one searched for in all that was filled before it. So that a
+// name holding "%1" is never taken for the next marker, a filler's own "%" is held as U+0001
+// meanwhile: no filler carries that control of its own, as names show theirs as escapes.
+const wchar_t kHeldPercent = L'\x01';
+
+TString WithPercentAs(TString text, wchar_t from, wchar_t to) {
+  std::replace(text.begin(), text.end(), from, to);
+  return text;
+}
+
+// `textTemplate` with `fillers` in its markers %0, %1, ...
+template <typename... Fillers>
+TString FilledText(const TString& textTemplate, const Fillers&... fillers) {
+  return WithPercentAs(
+      TStringParamReplace(&textTemplate, WithPercentAs(fillers, L'%', kHeldPercent).c_str()...),
+      kHeldPercent, L'%');
+}
+
 // The text for `key` in the user's language with `fillers` in its markers %0, %1, ...; empty when
 // there is no text at all.
 template <typename... Fillers>
 TString LocalizedText(CFStringRef key, const Fillers&... fillers) {
   auto text = CFHold(CopyLocalizedString(key));
   if (text == nullptr) return TString();
-  const TString textTemplate = TextOf(text.get());
-  return TStringParamReplace(&textTemplate, TString(fillers).c_str()...);
+  return FilledText(TextOf(text.get()), TString(fillers)...);
 }
 
 // An alert of the import flow: shown when its text can be had, else nothing.
@@ -118,15 +138,6 @@ void TellOfUnusedUserFolder(const RoutingReport& report) {
                                   ShownName(report.m_strUserFolder), reason));
 }
 
-// Copies or unpacks the setting into `destination` as `installed`, over a setting of its name
-// only with `replace`; only the file in the state `examined` is installed.
-int WriteSetting(SettingFileRoutingInfo& info, OVFileSystemReference& destination, bool replace,
-                 const OVFileVersion& examined, OVFileSystemReference& installed) {
-  return info.isOldStyle ? SettingsUtils::UnpackageOldSettingsFile(info.sourceFile, destination,
-                                                                   installed, replace, &examined)
-                         : info.sourceFile.Copy(destination, installed, replace, &examined);
-}
-
 // How a step of the flow ends: it goes on to the next step, or the flow ends there, silently when
 // the user kept the installed setting, else with one alert.
 struct StepEnd {
@@ -145,13 +156,121 @@ StepEnd Alert(const TString& message) { return {StepEnd::kAlert, message}; }
 // Translators: the alert when the setting could not be installed, for whatever reason.
 StepEnd Failure() { return Alert(LocalizedText(CFSTR_LOCALIZABLE("Failure"))); }
 
+// Files of a batch wait to be named together at most this many at a time: enough to share the
+// flushes among many, and half the temporary files there may be, leaving room for the rest.
+const std::size_t kMostWaiting = kMostTemporaryFiles / 2;
+
+// How one file's install ended: the alert that tells of it when it was opened alone, and its
+// line in the summary when it was opened with others.
+struct Outcome {
+  enum Group { kInstalled, kKept, kNotASetting, kFailed };
+  Group m_nGroup = kFailed;
+  TString m_strFile;     // the name of the file opened
+  TString m_strMessage;  // the alert's text, in the user's language; empty: no alert
+  OVFileSystemReference m_installed;
+  // Where it went, read once it has its name: a later file of the batch may replace it.
+  TString m_strInstalledName, m_strFolder;
+};
+
+// Notes where an installed setting went, for the summary.
+void NoteWhereItWent(Outcome& outcome) {
+  OVFileSystemReference folder;
+  outcome.m_installed.GetName(outcome.m_strInstalledName);
+  if (outcome.m_installed.MakeParentReference(folder) == 0) folder.GetPath(outcome.m_strFolder);
+}
+
+// What the install of one setting has still to do once its name is decided: the files of a
+// batch take their names together.
+struct WaitingSetting {
+  std::size_t m_nOutcome;
+  SettingFileRoutingInfo m_info;
+  OVFileVersion m_examined;
+  OVFileSystemReference m_destination;
+  TString m_strName;
+};
+
+// What the files of one open-documents event share.
+struct Batch {
+  explicit Batch(std::size_t files) : m_nFiles(files) {
+    if (files > 1) m_pNaming = std::make_unique<OVFileBatch>();
+  }
+
+  std::size_t m_nFiles;
+  std::size_t m_nCurrent = 0;  // the file being installed, counted from 0
+  // The Glimmerbox folder is asked for once, when the first Glimmerbox setting needs it.
+  bool m_bAskedForGlimmerbox = false;
+  int m_nGlimmerboxStatus = -1;
+  OVFileSystemReference m_glimmerboxFolder;
+  // The answer the user gave for every later name that is taken; -1 until then.
+  int m_nAnswerForAll = -1;
+  std::unique_ptr<OVFileBatch> m_pNaming;  // null for one file: it is named at once
+  std::vector<WaitingSetting> m_vecWaiting;
+  std::vector<Outcome> m_vecOutcomes;
+};
+
+StepEnd WriteAskingBeforeReplace(SettingFileRoutingInfo& info, OVFileSystemReference& destination,
+                                 const TString& name, const OVFileVersion& examined, Batch& batch,
+                                 bool stage, OVFileSystemReference& installed);
+
+// Names the settings whose files wait, and ends each one's outcome. A name that another process
+// took meanwhile is asked about, as when the file is written alone.
+void NameTheWaiting(Batch& batch) {
+  if (batch.m_pNaming == nullptr || batch.m_vecWaiting.empty()) return;
+  std::vector<WaitingSetting> waiting;
+  waiting.swap(batch.m_vecWaiting);
+  const std::vector<OVFileBatch::Named> named = batch.m_pNaming->NameAll();
+  for (std::size_t i = 0; i < waiting.size(); ++i) {
+    WaitingSetting& setting = waiting[i];
+    Outcome& outcome = batch.m_vecOutcomes[setting.m_nOutcome];
+    outcome.m_installed = named[i].m_file;
+    StepEnd end;
+    if (named[i].m_nStatus == dupFNErr)
+      end = WriteAskingBeforeReplace(setting.m_info, setting.m_destination, setting.m_strName,
+                                     setting.m_examined, batch, false, outcome.m_installed);
+    else if (named[i].m_nStatus != noErr)
+      end = Failure();
+    if (end.m_nWay == StepEnd::kKeptTheFile) outcome.m_nGroup = Outcome::kKept;
+    if (end.m_nWay == StepEnd::kAlert) {
+      outcome.m_nGroup = Outcome::kFailed;
+      outcome.m_strMessage = end.m_strMessage;
+    }
+    if (outcome.m_nGroup == Outcome::kInstalled) NoteWhereItWent(outcome);
+  }
+}
+
+// The Glimmerbox folder: asked for the first time a setting needs it; the answer serves the
+// rest of the batch, so that a pack of Glimmerbox settings asks once.
+int GlimmerboxFolder(Batch& batch, OVFileSystemReference& folder) {
+  if (!batch.m_bAskedForGlimmerbox) {
+    NameTheWaiting(batch);  // what came before is installed while the user chooses
+    batch.m_bAskedForGlimmerbox = true;
+    batch.m_nGlimmerboxStatus = AskUserForGlimmerboxFolder(batch.m_glimmerboxFolder);
+  }
+  folder = batch.m_glimmerboxFolder;
+  return batch.m_nGlimmerboxStatus;
+}
+
+// Copies or unpacks the setting into `destination` as `installed`: over a setting of its name
+// only with `replace`, beside it under a numbered name with `numbered`, and with `stage` as one
+// of the batch's files, named later. Only the file in the state `examined` is installed.
+int WriteSetting(SettingFileRoutingInfo& info, OVFileSystemReference& destination, bool replace,
+                 bool numbered, const OVFileVersion& examined, Batch& batch, bool stage,
+                 OVFileSystemReference& installed) {
+  const OVNewFileOptions options = {numbered, stage ? batch.m_pNaming.get() : nullptr};
+  return info.isOldStyle
+             ? SettingsUtils::UnpackageOldSettingsFile(info.sourceFile, destination, installed,
+                                                       replace, &examined, options)
+             : info.sourceFile.Copy(destination, installed, replace, &examined, options);
+}
+
 // The folder the setting goes in: the filter's folder, or for a Glimmerbox setting the filter's
 // folder inside the folder the user points at.
-StepEnd FindDestination(const SettingFileRoutingInfo& info, OVFileSystemReference& destination) {
+StepEnd FindDestination(const SettingFileRoutingInfo& info, Batch& batch,
+                        OVFileSystemReference& destination) {
   destination = info.destinationFolder;
   if (info.needsGlimmerboxFolder) {
     OVFileSystemReference glimmerboxFolder;
-    if (AskUserForGlimmerboxFolder(glimmerboxFolder) != 0) {
+    if (GlimmerboxFolder(batch, glimmerboxFolder) != 0) {
       // Translators: the alert when no folder holding "Glimmerbox Settings" (a folder's name,
       // which stays as it is) was chosen in the Glimmerbox folder dialog.
       return Alert(LocalizedText(CFSTR_LOCALIZABLE("Error Locating Glimmerbox")));
@@ -192,39 +311,248 @@ StepEnd NameTheSetting(const SettingFileRoutingInfo& info, TString& name) {
   return kGoOn;
 }
 
+// The answer to the replace question for `name`: the one given for all of the batch, if any, else
+// the user's, who may give it for every later file of the batch while more are to come.
+int AskBeforeReplace(const TString& name, Batch& batch) {
+  if (batch.m_nAnswerForAll >= 0) return batch.m_nAnswerForAll;
+  NameTheWaiting(batch);  // what came before is installed while the user answers
+  const bool moreToCome = batch.m_nCurrent + 1 < batch.m_nFiles;
+  bool forAll = false;
+  const int answer = ConfirmFileReplace(name, moreToCome ? &forAll : nullptr);
+  if (forAll && answer >= 0) batch.m_nAnswerForAll = answer;
+  return answer;
+}
+
 // Writes the setting, asking first when its name is taken. A name found free is taken only
 // while it stays free: another Kestrail may install a setting of that name meanwhile, and
 // replacing that one needs the question as much as any. A question that could not be asked
-// does not stop the install.
+// does not stop the install. With `stage`, the file is one of the batch's, named later.
 StepEnd WriteAskingBeforeReplace(SettingFileRoutingInfo& info, OVFileSystemReference& destination,
-                                 const TString& name, const OVFileVersion& examined,
-                                 OVFileSystemReference& installed) {
+                                 const TString& name, const OVFileVersion& examined, Batch& batch,
+                                 bool stage, OVFileSystemReference& installed) {
+  // An earlier file of this batch that waits for this name is named first, so that this one is
+  // asked about it as about any setting installed before.
+  if (batch.m_pNaming != nullptr && batch.m_pNaming->Awaits(name)) NameTheWaiting(batch);
   bool exists = false;
   if (destination.SubobjectExists(name, exists) != 0) return Failure();
-  if (exists && ConfirmFileReplace(name) == 1) return kKeptTheFile;
-  int status = WriteSetting(info, destination, exists, examined, installed);
+  int answer = exists ? AskBeforeReplace(name, batch) : kReplaceAnswerYes;
+  if (answer == kReplaceAnswerNo) return kKeptTheFile;
+  int status = WriteSetting(info, destination, exists, answer == kReplaceAnswerKeepBoth, examined,
+                            batch, stage, installed);
   if (status != 0 && !exists && destination.SubobjectExists(name, exists) == 0 && exists) {
-    if (ConfirmFileReplace(name) == 1) return kKeptTheFile;
-    status = WriteSetting(info, destination, true, examined, installed);
+    answer = AskBeforeReplace(name, batch);
+    if (answer == kReplaceAnswerNo) return kKeptTheFile;
+    status = WriteSetting(info, destination, true, answer == kReplaceAnswerKeepBoth, examined,
+                          batch, stage, installed);
   }
   if (status != 0) return Failure();
   return kGoOn;
 }
 
-// The steps of the flow after the examination, each of which may end it, and the one alert that
-// reports how it ended.
-void InstallSetting(SettingFileRoutingInfo& info, const OVFileVersion& examined) {
-  OVFileSystemReference destination, installed;
+// The steps of the flow after the examination, each of which may end it. A setting written for
+// a batch waits there to be named.
+void InstallSetting(SettingFileRoutingInfo& info, const OVFileVersion& examined, Batch& batch,
+                    Outcome& outcome) {
+  OVFileSystemReference destination;
   TString name;
-  StepEnd end = FindDestination(info, destination);
+  StepEnd end = FindDestination(info, batch, destination);
   if (!end) end = RefuseTheSourceFolder(info, destination);
   if (!end) end = NameTheSetting(info, name);
-  if (!end) end = WriteAskingBeforeReplace(info, destination, name, examined, installed);
-  if (end) {
-    ShowAlert(end.m_strMessage);
+  const bool stage = batch.m_pNaming != nullptr;
+  if (!end)
+    end = WriteAskingBeforeReplace(info, destination, name, examined, batch, stage,
+                                   outcome.m_installed);
+  outcome.m_nGroup = end.m_nWay == StepEnd::kKeptTheFile ? Outcome::kKept
+                     : end.m_nWay == StepEnd::kAlert     ? Outcome::kFailed
+                                                         : Outcome::kInstalled;
+  outcome.m_strMessage = end.m_strMessage;
+  if (!end && !stage) NoteWhereItWent(outcome);
+  if (!end && stage) {
+    batch.m_vecWaiting.push_back({batch.m_vecOutcomes.size(), info, examined, destination, name});
+  }
+}
+
+// Examines one file and installs it, keeping how it ended in the batch's outcomes.
+void ImportSetting(FSRef file, Batch& batch) {
+  Outcome outcome;
+  SettingFileRoutingInfo info{OVFileSystemReference(file)};
+  info.sourceFile.GetName(outcome.m_strFile);
+  // Taken before the examination reads the file, so that a file written after that, even while
+  // the replace question is open, is not installed in place of the one the user was shown.
+  OVFileVersion examined;
+  try {
+    RoutingReport report;
+    if (info.sourceFile.GetVersion(examined) != 0) {
+      report.m_nProblem = RoutingReport::kUnreadable;
+      report.m_nStatus = fnfErr;  // gone since the system named it
+    } else if (SettingsUtils::LocateFolderForSetting(
+                   info.sourceFile, info.destinationFolder, info.settingName, info.setName,
+                   info.filterName, info.isOldStyle, info.needsGlimmerboxFolder, &report) == 0) {
+      TellOfUnusedUserFolder(report);
+      InstallSetting(info, examined, batch, outcome);
+      batch.m_vecOutcomes.push_back(outcome);
+      return;
+    }
+    TellOfUnusedUserFolder(report);
+    outcome.m_nGroup =
+        report.m_nProblem == RoutingReport::kNotASetting ? Outcome::kNotASetting : Outcome::kFailed;
+    outcome.m_strMessage = RoutingProblemText(report);
+  } catch (const std::bad_alloc&) {
+    // A file too large to hold in memory is a setting that could not be installed, not a crash.
+    outcome.m_nGroup = Outcome::kFailed;
+    outcome.m_strMessage = LocalizedText(CFSTR_LOCALIZABLE("Failure"));
+  }
+  batch.m_vecOutcomes.push_back(outcome);
+}
+
+// The alert that ends the install of a file opened alone; none when the user kept the installed
+// setting.
+void ShowOutcome(Outcome& outcome) {
+  if (outcome.m_nGroup != Outcome::kInstalled) {
+    ShowAlert(outcome.m_strMessage);
     return;
   }
-  if (auto message = CFHold(GetSuccessMessage(installed))) DisplayAlert(message.get());
+  if (auto message = CFHold(GetSuccessMessage(outcome.m_installed))) DisplayAlert(message.get());
+}
+
+// A number as the summary shows it.
+TString NumberText(std::size_t number) { return ConvertToTString(std::to_string(number)); }
+
+// A text that says `count`, in the form the user's language gives that number, with the count in
+// %0 and `fillers` in %1, %2, ...
+template <typename... Fillers>
+TString LocalizedCount(CFStringRef key, CFStringRef pluralKey, std::size_t count,
+                       const Fillers&... fillers) {
+  auto text = CFHold(CFBundleCopyLocalizedStringForCount(key, pluralKey, count));
+  if (text == nullptr) return TString();
+  return FilledText(TextOf(text.get()), NumberText(count), TString(fillers)...);
+}
+
+// One line of the summary for `outcome`: the file's name, and where it went or why not.
+TString SummaryLine(const Outcome& outcome) {
+  const TString file = ShownName(outcome.m_strFile);
+  if (outcome.m_nGroup == Outcome::kInstalled) {
+    const TString folderPath = outcome.m_strFolder;
+    if (outcome.m_strInstalledName != outcome.m_strFile) {
+      // Translators: a line of the summary: the file %0 was installed under the name %1, beside
+      // a setting of its own name, in the folder %2.
+      return LocalizedText(CFSTR_LOCALIZABLE("%0 as %1 in %2"), file,
+                           ShownName(outcome.m_strInstalledName), ShownName(folderPath));
+    }
+    // Translators: a line of the summary: the file %0 was installed in the folder %1.
+    return LocalizedText(CFSTR_LOCALIZABLE("%0 in %1"), file, ShownName(folderPath));
+  }
+  if (outcome.m_nGroup == Outcome::kFailed) {
+    // Translators: a line of the summary: the file %0 and why it was not installed (%1, an
+    // alert's text, such as "The setting could not be installed.").
+    return LocalizedText(CFSTR_LOCALIZABLE("%0: %1"), file, outcome.m_strMessage);
+  }
+  return file;
+}
+
+// The summary of a batch: a headline with the counts, then the files by how they ended, one line
+// each under the group's heading.
+void ShowSummary(const std::vector<Outcome>& outcomes) {
+  std::size_t counts[4] = {};
+  for (const Outcome& outcome : outcomes) ++counts[outcome.m_nGroup];
+  const TString headline = LocalizedCount(
+      // Translators: the summary's headline; %0 is the number of settings installed, %1 the
+      // number of files opened (always 2 or more).
+      CFSTR_LOCALIZABLE_PLURAL("%0 of %1 files opened was installed.",
+                               "%0 of %1 files opened were installed."),
+      counts[Outcome::kInstalled], NumberText(outcomes.size()));
+  static const struct {
+    CFStringRef m_strKey, m_strPluralKey;
+  } kHeadings[] = {
+      // Translators: the summary's heading over the settings installed; %0 is their number.
+      {CFSTR_LOCALIZABLE_PLURAL("%0 setting installed:", "%0 settings installed:")},
+      // Translators: the summary's heading over the files not installed because the user kept
+      // the installed setting of that name; %0 is their number.
+      {CFSTR_LOCALIZABLE_PLURAL("%0 file not installed, the installed setting kept:",
+                                "%0 files not installed, the installed settings kept:")},
+      // Translators: the summary's heading over the files that are no settings; %0 is their
+      // number.
+      {CFSTR_LOCALIZABLE_PLURAL("%0 file is not a settings file:",
+                                "%0 files are not settings files:")},
+      // Translators: the summary's heading over the files that could not be installed; %0 is
+      // their number.
+      {CFSTR_LOCALIZABLE_PLURAL("%0 file could not be installed:",
+                                "%0 files could not be installed:")},
+  };
+  TString groups;
+  for (int group = Outcome::kInstalled; group <= Outcome::kFailed; ++group) {
+    if (counts[group] == 0) continue;
+    if (!groups.empty()) groups += L"\n\n";
+    groups +=
+        LocalizedCount(kHeadings[group].m_strKey, kHeadings[group].m_strPluralKey, counts[group]);
+    for (const Outcome& outcome : outcomes)
+      if (outcome.m_nGroup == group) groups += L"\n  " + SummaryLine(outcome);
+  }
+  // A note when every file went as the user asked; a caution when some could not.
+  const AlertType kind = counts[Outcome::kNotASetting] + counts[Outcome::kFailed] == 0
+                             ? kAlertNoteAlert
+                             : kAlertCautionAlert;
+  auto headlineText = CFHold(CreateCFStringRefFromTString(headline));
+  auto groupsText = CFHold(CreateCFStringRefFromTString(groups));
+  if (headlineText == nullptr) return;
+  AlertStdCFStringAlertParamRec params;
+  DialogRef alert = nullptr;
+  if (GetStandardAlertDefaultParams(&params, kStdCFStringAlertVersionOne) != noErr ||
+      CreateStandardAlert(kind, headlineText.get(), groupsText.get(), &params, &alert) != noErr) {
+    OV_AssertFailed(kSourceFile, __LINE__, "ShowSummary");
+    return;
+  }
+  DialogItemIndex item;
+  RunStandardAlert(alert, nullptr, &item);
+}
+
+// The file of an item that cannot be had as a file reference, as one failed outcome: its name
+// from the item's URL, and why the file cannot be had.
+Outcome UnopenedItem(const AEDescList& list, long index) {
+  Outcome outcome;
+  outcome.m_nGroup = Outcome::kFailed;
+  outcome.m_strMessage = LocalizedText(CFSTR_LOCALIZABLE("Failure"));
+  Size size = 0;
+  if (AEGetNthPtr(&list, index, typeFileURL, nullptr, nullptr, nullptr, 0, &size) != noErr)
+    return outcome;
+  std::string url(static_cast<std::size_t>(size), '\0');
+  if (AEGetNthPtr(&list, index, typeFileURL, nullptr, nullptr, url.data(), size, &size) != noErr)
+    return outcome;
+  auto urlText = CFHold(CreateCFStringRefFromString(url.c_str()));
+  auto fileURL = CFHold(urlText ? CFURLCreateWithString(kCFAllocatorDefault, urlText.get(), nullptr)
+                                : nullptr);
+  auto path =
+      CFHold(fileURL ? CFURLCopyFileSystemPath(fileURL.get(), kCFURLPOSIXPathStyle) : nullptr);
+  if (path == nullptr) return outcome;
+  const TString pathText = CreateTStringFromCFStringRef(path.get());
+  outcome.m_strFile = pathText.substr(pathText.rfind(L'/') + 1);
+  FSRef file;
+  const OSErr status =
+      FSPathMakeRef(reinterpret_cast<const UInt8*>(CreateStringFromCFStringRef(path.get()).c_str()),
+                    &file, nullptr);
+  if (status != noErr) {
+    // Translators: the alert when the file opened cannot be read; %0 is the reason.
+    outcome.m_strMessage =
+        LocalizedText(CFSTR_LOCALIZABLE("This file could not be read: %0."), ReasonText(status));
+  }
+  return outcome;
+}
+
+// Installs the files of a list with two or more items in order and sums them up in one alert.
+void ImportSettings(const AEDescList& list, long count) {
+  Batch batch(static_cast<std::size_t>(count));
+  for (long index = 1; index <= count; ++index) {
+    batch.m_nCurrent = static_cast<std::size_t>(index - 1);
+    FSRef file;
+    if (AEGetNthPtr(&list, index, typeFSRef, nullptr, nullptr, &file, sizeof file, nullptr) ==
+        noErr)
+      ImportSetting(file, batch);
+    else
+      batch.m_vecOutcomes.push_back(UnopenedItem(list, index));
+    if (batch.m_vecWaiting.size() >= kMostWaiting) NameTheWaiting(batch);
+  }
+  NameTheWaiting(batch);
+  ShowSummary(batch.m_vecOutcomes);
 }
 
 }  // namespace
@@ -242,7 +570,9 @@ OSErr KestrailHandleOpenAppleEvent(const AppleEvent* event, AppleEvent*, long) {
       AEDisposeDesc(&list);
       return noErr;  // nothing to import: keep running for the next event
     }
-    if (status == noErr) {
+    if (status == noErr && count > 1) {
+      ImportSettings(list, count);
+    } else if (status == noErr) {
       AEKeyword keyword;
       DescType actualType;
       Size actualSize;
@@ -258,28 +588,9 @@ OSErr KestrailHandleOpenAppleEvent(const AppleEvent* event, AppleEvent*, long) {
 }
 
 void ImportOneSetting(FSRef file) {
-  SettingFileRoutingInfo info{OVFileSystemReference(file)};
-  // Taken before the examination reads the file, so that a file written after that, even while
-  // the replace question is open, is not installed in place of the one the user was shown.
-  OVFileVersion examined;
-  try {
-    RoutingReport report;
-    if (info.sourceFile.GetVersion(examined) != 0) {
-      report.m_nProblem = RoutingReport::kUnreadable;
-      report.m_nStatus = fnfErr;  // gone since the system named it
-    } else if (SettingsUtils::LocateFolderForSetting(
-                   info.sourceFile, info.destinationFolder, info.settingName, info.setName,
-                   info.filterName, info.isOldStyle, info.needsGlimmerboxFolder, &report) == 0) {
-      TellOfUnusedUserFolder(report);
-      InstallSetting(info, examined);
-      return;
-    }
-    TellOfUnusedUserFolder(report);
-    ShowAlert(RoutingProblemText(report));
-  } catch (const std::bad_alloc&) {
-    // A file too large to hold in memory is a setting that could not be installed, not a crash.
-    ShowAlert(LocalizedText(CFSTR_LOCALIZABLE("Failure")));
-  }
+  Batch batch(1);
+  ImportSetting(file, batch);
+  ShowOutcome(batch.m_vecOutcomes.front());
 }
 
 void DisplayAlert(CFStringRef message) {
@@ -294,16 +605,21 @@ void DisplayAlert(CFStringRef message) {
   RunStandardAlert(alert, nullptr, &item);
 }
 
-int ConfirmFileReplace(const TString& fileName) {
+int ConfirmFileReplace(const TString& fileName, bool* applyToAll) {
   // The texts may be missing (each is reported); the holders release only those that exist.
   // Translators: the replace question's button that replaces the installed setting ("Replace").
   auto yes = CFHold(CopyLocalizedString(CFSTR_LOCALIZABLE("Yes")));
   if (yes == nullptr) OV_AssertFailed(kSourceFile, __LINE__, "ConfirmFileReplace");
   // Translators: the replace question's button that keeps the installed setting ("Keep
   // Existing"); Return presses it. On the terminal a button's first letter answers for it, so
-  // the two buttons' titles begin with different letters.
+  // the buttons' titles begin with different letters, or differ in the first letter of the
+  // first word that is not the same.
   auto no = CFHold(CopyLocalizedString(CFSTR_LOCALIZABLE("No")));
   if (no == nullptr) OV_AssertFailed(kSourceFile, __LINE__, "ConfirmFileReplace");
+  // Translators: the replace question's button that installs the new setting beside the
+  // installed one, under the name with a number added ("Name 2.xml").
+  auto both = CFHold(CopyLocalizedString(CFSTR_LOCALIZABLE("Keep Both")));
+  if (both == nullptr) OV_AssertFailed(kSourceFile, __LINE__, "ConfirmFileReplace");
   // Translators: the replace question; %0 is the name of the setting's file.
   auto question = CFHold(CopyLocalizedString(CFSTR_LOCALIZABLE("Confirm Replace Message")));
   if (question == nullptr) OV_AssertFailed(kSourceFile, __LINE__, "ConfirmFileReplace");
@@ -323,7 +639,7 @@ int ConfirmFileReplace(const TString& fileName) {
   params.helpButton = false;
   params.defaultText = no.get();
   params.cancelText = yes.get();
-  params.otherText = nullptr;
+  params.otherText = both.get();
   params.defaultButton = kAlertStdAlertOKButton;
   params.cancelButton = kAlertStdAlertOKButton;
   params.position = kWindowDefaultPosition;
@@ -331,12 +647,31 @@ int ConfirmFileReplace(const TString& fileName) {
   DialogRef alert = nullptr;
   const OSStatus created =
       CreateStandardAlert(kAlertCautionAlert, message.get(), nullptr, &params, &alert);
+  if (created != noErr || alert == nullptr) return -1;
 
-  DialogItemIndex item = 0;
-  if (created != noErr || alert == nullptr || RunStandardAlert(alert, nullptr, &item) != noErr) {
-    return -1;
+  Boolean forAll = false;
+  if (applyToAll != nullptr) {
+    // Translators: the replace question's check box, offered while more files are to come: the
+    // same answer for every later setting whose name is taken.
+    auto title = CFHold(CopyLocalizedString(CFSTR_LOCALIZABLE("Apply to all")));
+    if (title == nullptr)
+      OV_AssertFailed(kSourceFile, __LINE__, "ConfirmFileReplace");
+    else
+      SetStandardAlertCheckBox(alert, title.get(), &forAll);
   }
-  return item == kAlertStdAlertOKButton ? 1 : item == kAlertStdAlertCancelButton ? 0 : -1;
+  DialogItemIndex item = 0;
+  if (RunStandardAlert(alert, nullptr, &item) != noErr) return -1;
+  if (applyToAll != nullptr) *applyToAll = forAll;
+  switch (item) {
+    case kAlertStdAlertOKButton:
+      return kReplaceAnswerNo;
+    case kAlertStdAlertCancelButton:
+      return kReplaceAnswerYes;
+    case kAlertStdAlertOtherButton:
+      return kReplaceAnswerKeepBoth;
+    default:
+      return -1;
+  }
 }
 
 CFStringRef GetSuccessMessage(FSRef* installedFile) {

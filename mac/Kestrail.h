@@ -24,9 +24,13 @@ struct SettingFileRoutingInfo {
   bool needsGlimmerboxFolder;
 };
 
-// Imports the first file of an open-documents event and ends the event loop. 0 after an import,
-// whatever its outcome; the Apple Event Manager's status when the event's files cannot be read.
-// An event without files changes nothing and leaves the application running.
+// Imports the files of an open-documents event and ends the event loop. One file is installed
+// and reported alone. Two or more are installed in order, asking for the Glimmerbox folder at
+// most once and letting one answer serve every later name that is taken, and are summed up in one
+// alert; an item that is no file is one that failed. 0 after the imports, whatever their
+// outcomes; the Apple Event Manager's status when the event's files cannot be read, or when its
+// one file cannot be had. An event without files changes nothing and leaves the application
+// running.
 OSErr KestrailHandleOpenAppleEvent(const AppleEvent* event, AppleEvent* reply, long refcon);
 
 // Installs `file` where its filter keeps settings, asking before a replace, and reports the
@@ -36,9 +40,18 @@ void ImportOneSetting(FSRef file);
 // A caution alert with `message` and an OK button; the caller keeps `message`.
 void DisplayAlert(CFStringRef message);
 
-// Asks whether the installed setting `fileName` may be replaced: 1 for No (the default, also on
-// Escape and when the window is closed), 0 for Yes, -1 when the question could not be asked.
-int ConfirmFileReplace(const TString& fileName);
+// The answers to the replace question.
+enum : int {
+  kReplaceAnswerYes = 0,       // replace the installed setting
+  kReplaceAnswerNo = 1,        // keep it, and install nothing
+  kReplaceAnswerKeepBoth = 2,  // install the new one beside it under a numbered name
+};
+
+// Asks whether the installed setting `fileName` may be replaced: kReplaceAnswerNo (the default,
+// also on Escape and when the window is closed), kReplaceAnswerYes or kReplaceAnswerKeepBoth; -1
+// when the question could not be asked. With `applyToAll`, the question also offers to give the
+// same answer to the rest of the files, off at first, and says there whether the user chose to.
+int ConfirmFileReplace(const TString& fileName, bool* applyToAll = nullptr);
 
 // "The setting was installed at <path>" in the user's language, for the caller to release; null
 // when it cannot be made.

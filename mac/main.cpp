@@ -1,5 +1,5 @@
 // main.cpp: Kestrail's entry point. It reads its command line, answers the system's
-// open-documents event, which installs the file it names, and quits.
+// open-documents event, which installs the files it names, and quits.
 #include <map>
 
 #include "mac/CommandLine.h"
@@ -16,11 +16,15 @@ const ProgramDescription kKestrail = {
     LOCALIZABLE_TEXT(
         // Translators: what --help shows after the usage. The options stay as they are; the
         // lines are broken by hand, at most 79 characters long.
-        "Installs a saved setting of an Orvelle filter where the filter finds it: in\n"
-        "the filter's settings folder, which it makes the first time. It asks before\n"
-        "it replaces a setting of the same name and tells you where the setting went.\n"
-        "Settings of the older Glimmerbox product go into the Glimmerbox folder that\n"
-        "you choose. Only the first file is installed.\n"
+        "Installs saved settings of Orvelle filters where the filters find them: in\n"
+        "each filter's settings folder, which is made the first time. Every file given\n"
+        "is installed, in order; with two or more, one summary at the end tells where\n"
+        "each setting went. Settings of the older Glimmerbox product go into the\n"
+        "Glimmerbox folder that you choose, asked for once.\n"
+        "\n"
+        "When a setting of the same name is installed, you choose: keep the existing\n"
+        "one, replace it, or keep both (the new one gets a numbered name). While more\n"
+        "files are to come, a + after the answer (b+, r+) gives it for all of them.\n"
         "\n"
         "  --help     show this help\n"
         "  --version  show the version\n"),

@@ -41,7 +41,8 @@ const std::string kInstalledWash = kDauberyFolder + "/Wash.xml";
 const std::string kWashPackage =
     "<oldstyle_setting set=\"Daubery\" filter=\"InkPuddle\" name=\"Wash.xml\">"
     "<![CDATA[InkPuddle\rdepth=2\r]]></oldstyle_setting>";
-const DialogItemIndex kKeep = kAlertStdAlertOKButton, kReplace = kAlertStdAlertCancelButton;
+const DialogItemIndex kKeep = kAlertStdAlertOKButton, kReplace = kAlertStdAlertCancelButton,
+                      kBoth = kAlertStdAlertOtherButton;
 
 // The alert for a settings folder that could not be had, as the terminal shows it.
 std::string FolderProblem(const std::string& path, const std::string& reason) {
@@ -117,6 +118,82 @@ TEST_F(KestrailTest, Outcomes) {
     EXPECT_NE(std::string::npos, run.out.find("named \"" + name + "\" is already")) << run.out;
     EXPECT_EQ(holds, m_temp.Contents(c.installed));
   }
+}
+
+// A pack opened at once, as the terminal shows it: every file's outcome, one question per name
+// taken until one answer is given for all, the Glimmerbox folder asked for once, and one summary.
+TEST_F(KestrailTest, AMixedBatch) {
+  const std::string wash2 = "<setting set=\"Daubery\" filter=\"InkPuddle\" name=\"Wash too\"/>";
+  const std::string grain = "<setting set=\"Mendora\" filter=\"Grain\" name=\"G\"/>";
+  const std::string glow = "<setting set=\"Glimmerbox\" filter=\"Glow\" name=\"G\"/>";
+  for (const std::string& folder : {std::string("in/sub"), kDauberyFolder})
+    fs::create_directories(m_temp.Path(folder));
+  m_temp.Write("in/Wash.xml", kDaubery);
+  m_temp.Write("in/sub/Wash.xml", wash2);
+  m_temp.Write("in/G.xml", grain);
+  m_temp.Write("in/Soak.f1s",
+               std::string(kWashPackage).replace(kWashPackage.find("Wash.xml"), 8, "Soak.xml"));
+  m_temp.Write("in/Old.xml", kDaubery);
+  m_temp.Write("in/notes.txt", "not a setting");
+  fs::create_directory(m_temp.Path("in/folder"));
+  ASSERT_EQ(0, mkfifo(m_temp.Path("in/fifo").c_str(), 0600));
+  m_temp.Write("in/gb1.xml", glow);
+  m_temp.Write("in/gb2.xml", glow);
+  m_temp.Write("in/sub/G.xml", "<setting set=\"Mendora\" filter=\"Grain\" name=\"G too\"/>");
+  m_temp.Write(kDauberyFolder + "/Old.xml", "the installed one");
+  fs::create_directories(m_temp.Path("gbox/Glimmerbox Settings/Glow"));
+  std::vector<std::string> files;
+  for (const char* file : {"Wash.xml", "sub/Wash.xml", "G.xml", "Soak.f1s", "Old.xml", "notes.txt",
+                           "folder", "fifo", "gone%1.xml", "gb1.xml", "gb2.xml", "sub/G.xml"})
+    files.push_back(m_temp.Path(std::string("in/") + file));
+  // Keep Both for the second Wash.xml; Keep Existing for Old.xml and every later name taken.
+  const ProgramRun run = RunProgram(KESTRAIL, files, "b\ne+\n" + m_temp.Path("gbox") + "\n");
+  EXPECT_EQ(0, run.status) << run.err;
+  const std::string daubery = m_temp.Path(kDauberyFolder);
+  const std::string summary =
+      "6 of 12 files opened were installed.\n"
+      "6 settings installed:\n"
+      "  Wash.xml in " +
+      daubery +
+      "\n"
+      "  Wash.xml as Wash 2.xml in " +
+      daubery +
+      "\n"
+      "  G.xml in " +
+      m_temp.Path("home/data/Orvelle/Mendora/Grain") +
+      "\n"
+      "  Soak.f1s as Soak.xml in " +
+      daubery +
+      "\n"
+      "  gb1.xml in " +
+      m_temp.Path("gbox/Glimmerbox Settings/Glow") +
+      "\n"
+      "  gb2.xml in " +
+      m_temp.Path("gbox/Glimmerbox Settings/Glow") +
+      "\n\n"
+      "2 files not installed, the installed settings kept:\n  Old.xml\n  G.xml\n\n"
+      "3 files are not settings files:\n  notes.txt\n  folder\n  fifo\n\n"
+      "1 file could not be installed:\n"
+      "  gone%1.xml: This file could not be read: it does not exist.\n";
+  EXPECT_NE(std::string::npos, run.out.find(summary)) << run.out;
+  const auto count = [&run](const std::string& text) {
+    std::size_t n = 0;
+    for (std::size_t at = run.out.find(text); at != std::string::npos;
+         at = run.out.find(text, at + 1))
+      ++n;
+    return n;
+  };
+  EXPECT_EQ(2u, count("is already installed"));
+  EXPECT_EQ(2u, count("To choose \"Apply to all\" too"));
+  EXPECT_EQ(1u, count(kGlimmerboxQuestion));
+  EXPECT_EQ(kDaubery, m_temp.Contents(kInstalledWash));
+  EXPECT_EQ(wash2, m_temp.Contents(kDauberyFolder + "/Wash 2.xml"));
+  EXPECT_EQ("the installed one", m_temp.Contents(kDauberyFolder + "/Old.xml"));
+  EXPECT_EQ(grain, m_temp.Contents("home/data/Orvelle/Mendora/Grain/G.xml"));
+  EXPECT_EQ((std::set<std::string>{"Old.xml", "Soak.xml", "Wash 2.xml", "Wash.xml"}),
+            m_temp.Names(kDauberyFolder));
+  EXPECT_EQ((std::set<std::string>{"gb1.xml", "gb2.xml"}),
+            m_temp.Names("gbox/Glimmerbox Settings/Glow"));
 }
 
 TEST_F(KestrailTest, GlimmerboxFolder) {
@@ -490,38 +567,58 @@ TEST_F(KestrailTest, TwentyAtOnce) {
 
 TEST_F(KestrailTest, ReplaceQuestionKeepsTheFileOnReturn) {
   ScopedVariable catalogs("KESTRAIL_LOCALEDIR", nullptr);  // the built ones, beside the program
-  m_alerts.m_queAnswers = {kReplace};
-  EXPECT_EQ(0, ConfirmFileReplace(L"a b.xml"));
-  EXPECT_EQ(1, ConfirmFileReplace(L"a b.xml"));  // the default, as on Return
-  ASSERT_EQ(2u, m_alerts.m_vecAlerts.size());
+  m_alerts.m_queAnswers = {kReplace, kBoth};
+  EXPECT_EQ(kReplaceAnswerYes, ConfirmFileReplace(L"a b.xml"));
+  bool forAll = false;
+  m_alerts.m_bTickCheckBoxes = true;
+  EXPECT_EQ(kReplaceAnswerKeepBoth, ConfirmFileReplace(L"a b.xml", &forAll));
+  EXPECT_TRUE(forAll);
+  EXPECT_EQ(kReplaceAnswerNo, ConfirmFileReplace(L"a b.xml"));  // the default, as on Return
+  ASSERT_EQ(3u, m_alerts.m_vecAlerts.size());
   const AlertDescription& alert = m_alerts.m_vecAlerts[0];
   EXPECT_EQ(kAlertCautionAlert, alert.m_nKind);
   EXPECT_EQ(
       "A setting named \"\u2068a b.xml\u2069\" is already installed. Do you want to replace it?",
       alert.m_strMessage);
-  EXPECT_EQ((AlertButtons{{"Keep Existing", kKeep}, {"Replace", kReplace}}), Buttons(0));
+  EXPECT_EQ((AlertButtons{{"Keep Existing", kKeep}, {"Replace", kReplace}, {"Keep Both", kBoth}}),
+            Buttons(0));
   EXPECT_EQ(kKeep, alert.m_nDefaultItem);
   EXPECT_EQ(kKeep, alert.m_nCancelItem);  // Escape and closing keep it too
+  // The box for all the files still to come is offered only when asked for, and off at first.
+  EXPECT_EQ("", alert.m_strCheckBox);
+  EXPECT_EQ("Apply to all", m_alerts.m_vecAlerts[1].m_strCheckBox);
+  EXPECT_FALSE(m_alerts.m_vecAlerts[1].m_bChecked);
 }
 
-TEST_F(KestrailTest, HandlerImportsTheFirstFileOnly) {
+// Every file of an event is installed and, with two or more, summed up in one alert; one file
+// that cannot be had is no import at all, as before.
+TEST_F(KestrailTest, HandlerImportsEveryFile) {
   ASSERT_EQ(noErr, AEInstallEventHandler(kCoreEventClass, kAEOpenDocuments,
                                          KestrailHandleOpenAppleEvent, 0, false));
-  // An event with files ends the application, one without keeps it running.
   struct Case {
     const char* label;
     std::vector<std::string> files;
     OSErr status;
+    std::string alert;  // the one alert shown, if any
   };
   m_temp.Write("in/one.xml", "<setting set=\"Daubery\" filter=\"WetDaub\" name=\"One\"/>");
   m_temp.Write("in/two.xml", "<setting set=\"Daubery\" filter=\"InkPuddle\" name=\"Two\"/>");
   const Case cases[] = {
-      {"no files", {}, noErr},
-      {"three files", {"in/one.xml", "in/two.xml", "in/two.xml"}, noErr},
-      {"first is missing", {"in/missing.xml", "in/two.xml"}, errAECoercionFail},
+      {"no files", {}, noErr, ""},
+      {"one that is missing", {"in/missing.xml"}, errAECoercionFail, ""},
+      {"two, the first missing",
+       {"in/missing.xml", "in/one.xml"},
+       noErr,
+       "1 of 2 files opened was installed."},
+      {"three, one of them twice",
+       {"in/one.xml", "in/two.xml", "in/two.xml"},
+       noErr,
+       "2 of 3 files opened were installed."},
   };
   for (const Case& c : cases) {
     SCOPED_TRACE(c.label);
+    fs::remove_all(m_temp.Path("home/data/Orvelle"));
+    m_alerts.m_vecAlerts.clear();
     std::vector<std::string> paths;
     for (const std::string& file : c.files) paths.push_back(m_temp.Path(file));
     AppleEvent event, reply;
@@ -531,10 +628,14 @@ TEST_F(KestrailTest, HandlerImportsTheFirstFileOnly) {
     EXPECT_EQ(c.status, DispatchAppleEvent(&event, &reply, quit));
     EXPECT_EQ(!c.files.empty(), quit);
     AEDisposeDesc(&event);
+    // The second two.xml is asked about, and kept by the default answer.
+    const std::size_t questions = c.files.size() == 3 ? 1 : 0;
+    ASSERT_EQ(c.alert.empty() ? 0u : questions + 1, m_alerts.m_vecAlerts.size());
+    if (!c.alert.empty()) {
+      EXPECT_EQ(c.alert, m_alerts.m_vecAlerts.back().m_strMessage);
+    }
   }
-  EXPECT_EQ(1u, m_alerts.m_vecAlerts.size());  // the one install's, and nothing else in any case
-  EXPECT_TRUE(fs::exists(m_temp.Path("home/data/Orvelle/Daubery/WetDaub/one.xml")));
-  EXPECT_FALSE(fs::exists(m_temp.Path(kDauberyFolder)));
+  EXPECT_TRUE(fs::exists(m_temp.Path("home/data/Orvelle/Daubery/InkPuddle/two.xml")));
 }
 
 // A Kestrail ended by a signal while it writes a setting leaves the one installed before as it
@@ -561,6 +662,64 @@ TEST_F(KestrailTest, ASignalInMidWriteKeepsTheInstalledSetting) {
       EXPECT_EQ(std::set<std::string>{"Wash.xml"}, m_temp.Names(kDauberyFolder));
     }
   }
+}
+
+// A batch ended by a signal at any step of naming its files leaves every setting named before,
+// the one in flight old or new, and no unfinished file; a failed flush names none of them.
+TEST_F(KestrailTest, ABatchStoppedMidwayKeepsWhatWasInstalled) {
+  m_temp.Write("in/A.xml", "<setting set=\"Daubery\" filter=\"InkPuddle\" name=\"A\"/>");
+  m_temp.Write("in/B.xml", "<setting set=\"Daubery\" filter=\"InkPuddle\" name=\"B\"/>");
+  m_temp.Write("in/Wash.xml", kDaubery);
+  struct Case {
+    DiskCall call;
+    int nth;  // the call that the signal comes before, or that fails
+    std::set<std::string> names;
+    std::string wash;  // what Wash.xml holds afterwards
+  };
+  // A and B take their names before Replace is asked, Wash.xml once it is answered.
+  const Case cases[] = {
+      {DiskCall::kFlushFileSystem, 1, {"Wash.xml"}, "the installed one"},
+      {DiskCall::kRename, 1, {"Wash.xml"}, "the installed one"},
+      {DiskCall::kRename, 2, {"A.xml", "Wash.xml"}, "the installed one"},
+      {DiskCall::kFlushFileSystem, 2, {"A.xml", "B.xml", "Wash.xml"}, "the installed one"},
+      {DiskCall::kRename, 3, {"A.xml", "B.xml", "Wash.xml"}, "the installed one"},
+  };
+  std::vector<std::string> paths;
+  for (const char* file : {"in/A.xml", "in/B.xml", "in/Wash.xml"})
+    paths.push_back(m_temp.Path(file));
+  const auto import = [&](FaultyDisk& disk) {
+    ScopedDiskBackend held(disk);
+    m_alerts.m_queAnswers = {kReplace};
+    AppleEvent event, reply;
+    AEInitializeDesc(&reply);
+    MakeOpenDocumentsEvent(paths, &event);
+    KestrailHandleOpenAppleEvent(&event, &reply, 0);
+    AEDisposeDesc(&event);
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(testing::Message() << static_cast<int>(c.call) << " #" << c.nth);
+    fs::remove_all(m_temp.Path(kDauberyFolder));
+    fs::create_directories(m_temp.Path(kDauberyFolder));
+    m_temp.Write(kInstalledWash, "the installed one");
+    int calls = 0;
+    FaultyDisk signalling;
+    signalling.m_beforeCall = [&](DiskCall call) {
+      if (call == c.call && ++calls == c.nth) raise(SIGTERM);
+    };
+    EXPECT_EXIT(import(signalling), testing::KilledBySignal(SIGTERM), "");
+    EXPECT_EQ(c.names, m_temp.Names(kDauberyFolder));
+    EXPECT_EQ(c.wash, m_temp.Contents(kInstalledWash));
+  }
+  // A flush that fails leaves the settings of its batch uninstalled, each one said to have failed.
+  fs::remove_all(m_temp.Path(kDauberyFolder));
+  fs::create_directories(m_temp.Path(kDauberyFolder));
+  m_temp.Write(kInstalledWash, "the installed one");
+  FaultyDisk failing(DiskCall::kFlushFileSystem, 1);
+  import(failing);
+  EXPECT_EQ(std::set<std::string>{"Wash.xml"}, m_temp.Names(kDauberyFolder));
+  ASSERT_FALSE(m_alerts.m_vecAlerts.empty());
+  EXPECT_NE(std::string::npos, m_alerts.m_vecAlerts.back().m_strExplanation.find(
+                                   "\u2068A.xml\u2069: The setting could not be installed."));
 }
 
 // What is installed is what was examined: a source rewritten in place while the question is open
