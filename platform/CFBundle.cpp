@@ -11,6 +11,7 @@
 #include <fstream>
 #include <iterator>
 #include <string>
+#include <unordered_map>
 #include <vector>
 
 #include "platform/CoreFoundation.h"
@@ -62,33 +63,57 @@ bool CatalogString(const std::string& bytes, UInt32 table, UInt32 index, bool bi
   return true;
 }
 
-// Looks `key` up in the compiled catalog at `path`, read directly: gettext looks nothing up in the
-// C and POSIX locales, where the English texts must still show. Of a plural entry, the form
-// `form` (English has two: 0 for one, 1 for any other number). A damaged catalog holds nothing.
-bool FindInCatalog(const std::string& path, const std::string& key, std::size_t form,
-                   std::string& text) {
+// A compiled catalog's entries, read directly: gettext looks nothing up in the C and POSIX
+// locales, where the English texts must still show. A damaged catalog holds nothing.
+std::unordered_map<std::string, std::string> ReadCatalog(const std::string& path) {
   std::ifstream in(path, std::ios::binary);
   const std::string bytes{std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
-  if (bytes.size() < 20) return false;
+  std::unordered_map<std::string, std::string> entries;
+  if (bytes.size() < 20) return entries;
   const UInt32 magic = 0x950412DE;
   const bool bigEndian = ReadWord(bytes, 0, true) == magic;
-  if (!bigEndian && ReadWord(bytes, 0, false) != magic) return false;
+  if (!bigEndian && ReadWord(bytes, 0, false) != magic) return entries;
   const UInt32 count = ReadWord(bytes, 8, bigEndian);
   const UInt32 originals = ReadWord(bytes, 12, bigEndian);
   const UInt32 translations = ReadWord(bytes, 16, bigEndian);
   for (UInt32 i = 0; i < count; ++i) {
-    std::string original;
-    if (!CatalogString(bytes, originals, i, bigEndian, original)) return false;
-    if (original != key) continue;
-    if (!CatalogString(bytes, translations, i, bigEndian, text)) return false;
-    // A plural entry's forms follow one another, each ended by a zero byte.
-    std::size_t start = 0;
-    for (std::size_t f = 0; f < form && text.find('\0', start) != std::string::npos; ++f)
-      start = text.find('\0', start) + 1;
-    text = text.substr(start, text.find('\0', start) - start);
-    return !text.empty();
+    std::string original, text;
+    if (!CatalogString(bytes, originals, i, bigEndian, original) ||
+        !CatalogString(bytes, translations, i, bigEndian, text))
+      return {};
+    // A plural entry's key is its singular, up to the zero byte before the plural.
+    entries.emplace(original.substr(0, original.find('\0')), std::move(text));
   }
-  return false;
+  return entries;
+}
+
+// Looks `key` up in the compiled catalog at `path`. Of a plural entry, the form `form` (English
+// has two: 0 for one, 1 for any other number). The catalog is read once, and again only when
+// the file changes: a summary of many files looks up as many lines.
+bool FindInCatalog(const std::string& path, const std::string& key, std::size_t form,
+                   std::string& text) {
+  struct Cached {
+    std::string m_strPath;
+    struct stat m_status = {};
+    std::unordered_map<std::string, std::string> m_mapEntries;
+  };
+  static Cached* cached = new Cached;
+  struct stat status;
+  if (stat(path.c_str(), &status) != 0) return false;
+  if (path != cached->m_strPath || status.st_size != cached->m_status.st_size ||
+      status.st_ino != cached->m_status.st_ino ||
+      status.st_mtim.tv_sec != cached->m_status.st_mtim.tv_sec ||
+      status.st_mtim.tv_nsec != cached->m_status.st_mtim.tv_nsec)
+    *cached = {path, status, ReadCatalog(path)};
+  const auto found = cached->m_mapEntries.find(key);
+  if (found == cached->m_mapEntries.end()) return false;
+  // A plural entry's forms follow one another, each ended by a zero byte.
+  const std::string& forms = found->second;
+  std::size_t start = 0;
+  for (std::size_t f = 0; f < form && forms.find('\0', start) != std::string::npos; ++f)
+    start = forms.find('\0', start) + 1;
+  text = forms.substr(start, forms.find('\0', start) - start);
+  return !text.empty();
 }
 
 // The main bundle's text for `key`, in UTF-8; with `pluralKey`, in the form for `count`.
