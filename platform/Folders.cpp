@@ -53,13 +53,14 @@ OSErr FSFindFolder(FSVolumeRefNum vRefNum, OSType folderType, Boolean createFold
   std::string path;
   const OSErr err = FolderPath(vRefNum, folderType, path);
   if (err != noErr) return err;
-  if (createFolder) {
+  Boolean isDirectory = false;
+  OSErr found = FSPathMakeRef(reinterpret_cast<const UInt8*>(path.c_str()), foundRef, &isDirectory);
+  // Made only when it is not there: each setting of a pack looks for it.
+  if (createFolder && found == fnfErr) {
     const int error = MakeFolders(path);
     if (error != 0) return MacErrorFromErrno(error);
+    found = FSPathMakeRef(reinterpret_cast<const UInt8*>(path.c_str()), foundRef, &isDirectory);
   }
-  Boolean isDirectory = false;
-  const OSErr found =
-      FSPathMakeRef(reinterpret_cast<const UInt8*>(path.c_str()), foundRef, &isDirectory);
   return found == noErr && !isDirectory ? dirNFErr : found;
 }
 

@@ -141,7 +141,7 @@ OSErr FSOpenFork(const FSRef* ref, UniCharCount forkNameLength, const UniChar*, 
   // The name may have been given to another object since the reference was checked.
   ObjectOnDisk opened;
   if (LookAtDescriptor(fd, opened) != 0 || !(opened.m_identity == object.m_identity) ||
-      !opened.m_bIsRegularFile || fcntl(fd, F_SETFL, fcntl(fd, F_GETFL) & ~O_NONBLOCK) != 0) {
+      !opened.m_bIsRegularFile || fcntl(fd, F_SETFL, flags) != 0) {
     close(fd);
     return fnfErr;
   }

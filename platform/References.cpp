@@ -76,13 +76,14 @@ class HeldFolders {
   // Takes `fd` over: its folder's index, the one it already had when it is held.
   OSErr Hold(int fd, const ObjectIdentity& identity, UInt32 foundIn, const std::string& foundAs,
              UInt32& index) {
+    // A held descriptor pins its folder's inode, so no other folder can take that identity while
+    // it is held: the folder just opened is the held one, and alive.
     auto found = m_mapByIdentity.find(identity);
-    if (found != m_mapByIdentity.end() && IsAlive(found->second)) {
+    if (found != m_mapByIdentity.end()) {
       close(fd);
       index = found->second;
       return noErr;
     }
-    if (found != m_mapByIdentity.end()) LetGo(found->second);
     if (HeldCount() >= kMostHeld) LetGoOfDeleted();
     if (HeldCount() >= kMostHeld) {
       close(fd);
