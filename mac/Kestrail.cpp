@@ -376,7 +376,7 @@ void InstallSetting(SettingFileRoutingInfo& info, const OVFileVersion& examined,
 void ImportSetting(FSRef file, Batch& batch) {
   Outcome outcome;
   SettingFileRoutingInfo info{OVFileSystemReference(file)};
-  info.sourceFile.GetName(outcome.m_strFile);
+  if (batch.m_nFiles > 1) info.sourceFile.GetName(outcome.m_strFile);  // for the summary
   // Taken before the examination reads the file, so that a file written after that, even while
   // the replace question is open, is not installed in place of the one the user was shown.
   OVFileVersion examined;
