@@ -9,13 +9,14 @@ JOBS       ?= $(shell nproc)
 PREFIX     ?= /usr/local
 
 # Debian packages, by what needs them.
-BUILD_PACKAGES := cmake make g++ pkg-config gettext libgtest-dev libboost-dev libgtk-3-dev \
-                  shared-mime-info desktop-file-utils scdoc dpkg-dev
+BUILD_PACKAGES := cmake make g++ pkg-config gettext libgtest-dev libboost-dev libglib2.0-dev \
+                  libgtk-3-dev shared-mime-info desktop-file-utils scdoc dpkg-dev
 # Only the tests need these: the window test runs the dialogs on a virtual display and reads them;
 # the language test makes a German locale from the definitions in locales; the package test
-# checks the package with Debian's own checker and renders its manual pages.
+# checks the package with Debian's own checker and renders its manual pages; the Trash is listed
+# through GIO's trash:/// on a private session bus, as a file manager lists it.
 TEST_PACKAGES  := xvfb xdotool imagemagick tesseract-ocr tesseract-ocr-eng fonts-dejavu-core \
-                  locales lintian man-db
+                  locales lintian man-db dbus gvfs libglib2.0-bin
 BENCH_PACKAGES := libbenchmark-dev libpugixml-dev libxml2-dev libexpat1-dev
 FUZZ_PACKAGES  := clang libclang-rt-14-dev
 

@@ -41,6 +41,9 @@ class DialogBackend {
   // Shows `message` (UTF-8, maybe empty) and lets the user choose an existing folder. Its POSIX
   // path, or nothing when the user cancels.
   virtual std::optional<std::string> ChooseFolder(const std::string& message) = 0;
+
+  // Whether the dialogs are windows on a desktop, whose file manager can show files.
+  virtual bool ShowsWindows() const { return false; }
 };
 
 // The backend that shows this process's dialogs: one installed by a ScopedDialogBackend if any,

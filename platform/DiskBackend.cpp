@@ -52,6 +52,10 @@ int DiskBackend::MakeFolder(int folder, const char* name, mode_t mode) {
   return mkdirat(folder, name, mode) == 0 ? 0 : errno;
 }
 
+int DiskBackend::MayChange(int folder, const char* name) {
+  return faccessat(folder, name, W_OK | X_OK, AT_EACCESS) == 0 ? 0 : errno;
+}
+
 int DiskBackend::Remove(int folder, const char* name, bool isFolder) {
   return unlinkat(folder, name, isFolder ? AT_REMOVEDIR : 0) == 0 ? 0 : errno;
 }
@@ -70,6 +74,10 @@ int DiskBackend::Rename(int fromFolder, const char* fromName, int toFolder, cons
   struct stat existing;
   if (fstatat(toFolder, toName, &existing, AT_SYMLINK_NOFOLLOW) == 0) return EEXIST;
   return renameat(fromFolder, fromName, toFolder, toName) == 0 ? 0 : errno;
+}
+
+int DiskBackend::Link(int fromFolder, const char* fromName, int toFolder, const char* toName) {
+  return linkat(fromFolder, fromName, toFolder, toName, 0) == 0 ? 0 : errno;
 }
 
 int DiskBackend::ReadLink(int folder, const char* name, std::string& target) {

@@ -37,11 +37,15 @@ class DiskBackend {
   // statx(2) of `name`, or of `folder` itself for an empty name; `flags` as statx takes them.
   virtual int Look(int folder, const char* name, int flags, struct statx& status);
   virtual int MakeFolder(int folder, const char* name, mode_t mode);
+  // Whether this process may make and remove names in the folder `name` (faccessat(2)).
+  virtual int MayChange(int folder, const char* name);
   // Removes the file, link or (with `isFolder`) empty folder `name`.
   virtual int Remove(int folder, const char* name, bool isFolder);
   // Renames in one step: over an object there when `replace`, else EEXIST.
   virtual int Rename(int fromFolder, const char* fromName, int toFolder, const char* toName,
                      bool replace);
+  // Gives the file `fromName` a second name `toName` (linkat(2)); EEXIST when that is taken.
+  virtual int Link(int fromFolder, const char* fromName, int toFolder, const char* toName);
   // The text of the symbolic link `name`, or of the kernel's link for `folder` with an empty name.
   virtual int ReadLink(int folder, const char* name, std::string& target);
 };

@@ -421,6 +421,7 @@ OSErr FSDeleteObject(const FSRef* ref) {
                                                object.m_strName.c_str(), object.m_bIsDirectory);
   if (error != 0) return error == EEXIST ? fBsyErr : MacErrorFromErrno(error);
   if (IsTemporaryName(object.m_strName)) ForgetTemporaryFile(object.m_strName);
+  ForgetTrashRecord(object.m_nFolder, object.m_strName);
   return noErr;
 }
 

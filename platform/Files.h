@@ -152,8 +152,31 @@ OSErr FSCreateTemporaryFile(const FSRef* parentRef, FSCatalogInfoBitmap whichInf
 OSErr FSResolveAliasFile(FSRef* theRef, Boolean resolveAliasChains, Boolean* targetIsFolder,
                          Boolean* wasAliased);
 
-// Deletes a file, a link or an empty folder (fBsyErr when it is not empty).
+// Deletes a file, a link or an empty folder (fBsyErr when it is not empty). An object that
+// FSMoveObjectToTrashSync put in the Trash takes its record there with it.
 OSErr FSDeleteObject(const FSRef* ref);
+
+enum : OptionBits {
+  kFSFileOperationDefaultOptions = 0,
+  // The stand-in's own: the object also stays where it is, the same file under a second name in
+  // the Trash, until something replaces it there (FSReplaceObject). So a file about to be
+  // replaced is in the Trash before its name changes hands, and at its place until then.
+  kFSFileOperationLeaveSourceInPlace = 0x10000,
+};
+
+// Moves the object to the user's Trash and puts it, there, in `target` (which may be null): the
+// home Trash when it lies on the file system of the user's data folder, else that file system's
+// own ("/.Trash/UID" where the administrator made one, else "/.Trash-UID", made when missing).
+// The Trash records the object's path and the moment, so that a file manager puts it back; the
+// record and the object are durable when the call returns. A name taken in the Trash gets ".2",
+// ".3", ... noTrashErr (the stand-in's own status) when no Trash can be found or made there (the
+// system's own file systems, such as a tmpfs, have none, as on the desktop), or the file system
+// cannot give a file a second name.
+OSStatus FSMoveObjectToTrashSync(const FSRef* source, FSRef* target, OptionBits options);
+
+// The stand-in's own call: whether FSMoveObjectToTrashSync finds or makes a Trash for the object,
+// so that a question can say beforehand when an object would be deleted for good instead.
+Boolean FSCanMoveObjectToTrash(const FSRef* ref);
 
 // Renames the object where it is; dupFNErr when the name is taken, even by an object that appears
 // while the call runs. `newRef` may be null. The new name is durable when the call returns.

@@ -25,6 +25,7 @@ typedef long Size;
 // A byte count of one File Manager request. It is 32 bits wide, as on the system the code was
 // written for, so a request for 4 GiB or more is cut to its low 32 bits.
 typedef UInt32 ByteCount;
+typedef UInt32 ItemCount;
 
 typedef UInt16 UniChar;  // one UTF-16 code unit
 typedef unsigned long UniCharCount;
@@ -86,6 +87,8 @@ inline constexpr OSErr errFSNameTooLong = -1411;    // a name, or a path, longer
 inline constexpr OSErr errFSRefsDifferent = -1420;  // other objects on the same file system
 // The stand-in's own: a symbolic link that belongs to neither the user nor root, not followed.
 inline constexpr OSErr untrustedLinkErr = -1450;
+// The stand-in's own: no Trash can be found or made on the object's file system.
+inline constexpr OSErr noTrashErr = -1451;
 inline constexpr OSErr afpAccessDenied = -5000;  // permission denied
 inline constexpr OSErr gestaltUndefSelectorErr = -5551;
 inline constexpr OSStatus coreFoundationUnknownErr = -4960;

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "platform/CoreFoundation.h"
+#include "platform/Files.h"
 #include "platform/MacTypes.h"
 
 enum : OSType {
@@ -24,6 +25,16 @@ TextEncoding GetApplicationTextEncoding();
 // Runs the desktop's opener, xdg-open, on the URL and waits for it; noErr when it reports success,
 // kLSApplicationNotFoundErr when it is missing or fails. `outLaunchedURL` must be null.
 OSStatus LSOpenCFURLRef(CFURLRef url, CFURLRef* outLaunchedURL);
+
+// The stand-in's own calls for showing installed files where the user finds them. Whether items
+// can be shown: there is a desktop, whose windows the alerts use; on a terminal, printed paths
+// are the way to them.
+Boolean LSCanRevealItems();
+
+// Opens the file manager with the `count` items selected: org.freedesktop.FileManager1.ShowItems
+// on the session bus; where nothing answers there, the first item's folder, opened with the
+// desktop's default handler for folders. kLSApplicationNotFoundErr when neither serves.
+OSStatus LSRevealItems(const FSRef* items, ItemCount count);
 
 // Stops in the debugger when one is attached; otherwise says so on standard error and returns.
 void Debugger();

@@ -18,8 +18,10 @@ enum class DiskCall {
   kOpen,
   kLook,
   kMakeFolder,
+  kMayChange,
   kRemove,
   kRename,
+  kLink,
   kReadLink,
   kCount
 };
@@ -62,6 +64,9 @@ class FaultyDisk : public DiskBackend {
   int MakeFolder(int folder, const char* name, mode_t mode) override {
     return Fails(DiskCall::kMakeFolder) ? m_nError : DiskBackend::MakeFolder(folder, name, mode);
   }
+  int MayChange(int folder, const char* name) override {
+    return Fails(DiskCall::kMayChange) ? m_nError : DiskBackend::MayChange(folder, name);
+  }
   int Remove(int folder, const char* name, bool isFolder) override {
     return Fails(DiskCall::kRemove) ? m_nError : DiskBackend::Remove(folder, name, isFolder);
   }
@@ -70,6 +75,10 @@ class FaultyDisk : public DiskBackend {
     return Fails(DiskCall::kRename)
                ? m_nError
                : DiskBackend::Rename(fromFolder, fromName, toFolder, toName, replace);
+  }
+  int Link(int fromFolder, const char* fromName, int toFolder, const char* toName) override {
+    return Fails(DiskCall::kLink) ? m_nError
+                                  : DiskBackend::Link(fromFolder, fromName, toFolder, toName);
   }
   int ReadLink(int folder, const char* name, std::string& target) override {
     return Fails(DiskCall::kReadLink) ? m_nError : DiskBackend::ReadLink(folder, name, target);

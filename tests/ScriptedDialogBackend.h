@@ -17,9 +17,11 @@ class ScriptedDialogBackend : public DialogBackend {
  public:
   DialogItemIndex RunAlert(const AlertDescription& alert) override;
   std::optional<std::string> ChooseFolder(const std::string& message) override;
+  bool ShowsWindows() const override { return m_bShowsWindows; }
 
   std::deque<DialogItemIndex> m_queAnswers;
   bool m_bTickCheckBoxes = false;
+  bool m_bShowsWindows = false;
   std::vector<AlertDescription> m_vecAlerts;
   std::deque<std::string> m_queFolders;
   std::vector<std::string> m_vecFolderQuestions;

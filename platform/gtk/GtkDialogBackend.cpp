@@ -106,6 +106,7 @@ class GtkDialogBackend : public DialogBackend {
  public:
   DialogItemIndex RunAlert(const AlertDescription& alert) override;
   std::optional<std::string> ChooseFolder(const std::string& message) override;
+  bool ShowsWindows() const override { return true; }
 };
 
 DialogItemIndex GtkDialogBackend::RunAlert(const AlertDescription& alert) {

@@ -109,6 +109,10 @@ std::string PathThroughHeld(UInt32 folder, const std::string& name = std::string
 // the change, which stands and cannot be taken back.
 void FlushFolder(UInt32 folder);
 
+// Deletes the record of the object `name` in the held folder `folder` when FSMoveObjectToTrashSync
+// put it there in this process: an object deleted from the Trash leaves no record behind.
+void ForgetTrashRecord(UInt32 folder, const std::string& name);
+
 // Temporary files (TemporaryFiles.cpp), the ones FSCreateTemporaryFile makes.
 
 // Whether a name begins as a temporary file's does; no name given by a caller may.
