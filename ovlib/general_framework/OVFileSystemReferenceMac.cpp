@@ -83,17 +83,25 @@ OSErr TakeNumberedName(UniCharCount nameLength, const UniChar* name, const FSRef
 // between the look and the step that acts on it; that step then fails, and the next try looks
 // again.
 OSErr TakeName(const FSRef* folder, UniCharCount nameLength, const UniChar* name, Boolean replace,
-               const FSRef* temporary, FSRef* newFile) {
+               bool trashReplaced, const FSRef* temporary, FSRef* newFile) {
   OSErr err = noErr;
   for (int attempt = 0; attempt < 3; ++attempt) {
     err = FSRenameUnicode(temporary, nameLength, name, kTextEncodingUnicodeDefault, newFile);
     if (err != dupFNErr || !replace) return err;
-    FSRef existing;
+    FSRef existing, trashed;
     err = FSMakeFSRefUnicode(folder, nameLength, name, kTextEncodingUnicodeDefault, &existing);
     if (err == fnfErr) continue;
     if (err != noErr) return err;
+    // In the Trash before it leaves its place: never neither.
+    if (trashReplaced) {
+      err = FSMoveObjectToTrashSync(&existing, &trashed, kFSFileOperationLeaveSourceInPlace);
+      if (err == fnfErr) continue;
+      if (err != noErr) return err;
+    }
     err = FSReplaceObject(&existing, temporary, nullptr, nullptr, nullptr,
                           kFSReplaceObjectReplaceMetadata, newFile);
+    // Still at its place: not in the Trash too.
+    if (err != noErr && trashReplaced) FSDeleteObject(&trashed);
     if (err != fnfErr) return err;
   }
   return err;
@@ -341,15 +349,15 @@ OSErr FSCreateTextFileUnicode(const FSRef* folder, UniCharCount nameLength, cons
   if (err != noErr) return err;
   err = Fill(&temporary, fill, options.m_pBatch == nullptr);
   if (err == noErr && options.m_pBatch != nullptr) {
-    options.m_pBatch->m_vecWaiting.push_back({*folder,
-                                              std::vector<UniChar>(name, name + nameLength),
-                                              replace != 0, options.m_bNumberedName, temporary});
+    options.m_pBatch->m_vecWaiting.push_back(
+        {*folder, std::vector<UniChar>(name, name + nameLength), replace != 0,
+         options.m_bNumberedName, options.m_bTrashReplaced, temporary});
     return noErr;
   }
   if (err == noErr) {
-    err = options.m_bNumberedName
-              ? TakeNumberedName(nameLength, name, &temporary, newFile)
-              : TakeName(folder, nameLength, name, replace, &temporary, newFile);
+    err = options.m_bNumberedName ? TakeNumberedName(nameLength, name, &temporary, newFile)
+                                  : TakeName(folder, nameLength, name, replace,
+                                             options.m_bTrashReplaced, &temporary, newFile);
   }
   if (err != noErr) FSDeleteObject(&temporary);
   return err;
@@ -388,10 +396,11 @@ std::vector<OVFileBatch::Named> OVFileBatch::NameAll() {
     const Waiting& file = waiting[i];
     OSErr& err = named[i].m_nStatus;
     if (err == noErr) {
-      err = file.m_bNumberedName ? TakeNumberedName(file.m_name.size(), file.m_name.data(),
-                                                    &file.m_temporary, named[i].m_file)
-                                 : TakeName(&file.m_folder, file.m_name.size(), file.m_name.data(),
-                                            file.m_bReplace, &file.m_temporary, named[i].m_file);
+      err = file.m_bNumberedName
+                ? TakeNumberedName(file.m_name.size(), file.m_name.data(), &file.m_temporary,
+                                   named[i].m_file)
+                : TakeName(&file.m_folder, file.m_name.size(), file.m_name.data(), file.m_bReplace,
+                           file.m_bTrashReplaced, &file.m_temporary, named[i].m_file);
     }
     if (err != noErr) FSDeleteObject(&file.m_temporary);
   }

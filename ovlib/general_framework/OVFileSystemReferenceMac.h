@@ -24,6 +24,10 @@ struct OVNewFileOptions {
   // Under the first free name of "Name 2.xml", "Name 3.xml", ... (the number goes before the
   // extension), taken only while it is free: such a file never replaces anything.
   bool m_bNumberedName = false;
+  // An object replaced goes to the user's Trash, where it already is when the new file takes
+  // the name: the name holds one of them whole at every moment, and the old one is at its place
+  // or in the Trash. A replace whose object cannot go there fails, leaving it as it was.
+  bool m_bTrashReplaced = false;
   // Made whole now and named when the batch names its files; null: named at once.
   OVFileBatch* m_pBatch = nullptr;
 };
@@ -119,6 +123,7 @@ class OVFileBatch {
     std::vector<UniChar> m_name;
     bool m_bReplace;
     bool m_bNumberedName;
+    bool m_bTrashReplaced;
     FSRef m_temporary;
   };
   std::vector<Waiting> m_vecWaiting;

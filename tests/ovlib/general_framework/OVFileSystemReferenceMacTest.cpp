@@ -126,7 +126,7 @@ TEST_F(OVFileSystemReferenceTest, CopyUnderANumberedName) {
     fs::create_directory(m_temp.Path("in/destination"));
     for (const std::string& name : c.taken) m_temp.Write("in/destination/" + name, "taken");
     OVFileSystemReference source = Input(c.name, "new"), copy;
-    ASSERT_EQ(0, source.Copy(Ref("in/destination"), copy, false, nullptr, {true, nullptr}));
+    ASSERT_EQ(0, source.Copy(Ref("in/destination"), copy, false, nullptr, {true, false, nullptr}));
     EXPECT_EQ("in/destination/" + std::string(c.numbered), Relative(copy));
     EXPECT_EQ("new", m_temp.Contents("in/destination/" + std::string(c.numbered)));
     for (const std::string& name : c.taken)
@@ -135,37 +135,50 @@ TEST_F(OVFileSystemReferenceTest, CopyUnderANumberedName) {
 }
 
 // Both ways a setting is installed over an older one, a copy and an unpacked package, with each
-// disk call they make failed in turn: the older setting survives byte for byte and nothing else
-// is left in the folder, unless the failure came after the new file took its name.
+// disk call they make failed in turn, the older one deleted or put in the Trash: the older setting
+// survives byte for byte and nothing else is left in the folder, unless the failure came after the
+// new file took its name; and the older one is at its place or in the Trash.
 TEST_F(OVFileSystemReferenceTest, InstallsThatFailLeaveTheFolderAsItWas) {
   const std::string older = "the older setting", newer(3 * 4096 + 7, 'n');
   OVFileSystemReference source = Input("setting", newer);
   OVFileSystemReference package = Input(
       "package", "<oldstyle_setting name=\"setting\"><![CDATA[" + newer + "]]></oldstyle_setting>");
-  int tried = 0;
-  for (bool unpacking : {false, true}) {
-    for (int call = 0; call < static_cast<int>(DiskCall::kCount); ++call) {
-      for (int nth = 1;; ++nth) {
-        SCOPED_TRACE(testing::Message()
-                     << (unpacking ? "unpacking" : "copy") << ", call " << call << ", #" << nth);
-        m_temp.Write("in/destination/setting", older);
-        FaultyDisk disk(static_cast<DiskCall>(call), nth);
-        ScopedDiskBackend faulty(disk);
-        OVFileSystemReference installed;
-        const int status =
-            unpacking ? SettingsUtils::UnpackageOldSettingsFile(package, m_destination, installed)
-                      : source.Copy(m_destination, installed, true);
-        if (!disk.Failed()) {
-          EXPECT_EQ(0, status);
-          break;
+  int tried[2] = {};  // failure points, without the Trash and with it
+  for (bool trash : {false, true}) {
+    for (bool unpacking : {false, true}) {
+      for (int call = 0; call < static_cast<int>(DiskCall::kCount); ++call) {
+        for (int nth = 1;; ++nth) {
+          SCOPED_TRACE(testing::Message()
+                       << (trash ? "to the Trash, " : "") << (unpacking ? "unpacking" : "copy")
+                       << ", call " << call << ", #" << nth);
+          m_temp.Write("in/destination/setting", older);
+          fs::remove_all(m_temp.Path("home/data/Trash"));
+          FaultyDisk disk(static_cast<DiskCall>(call), nth);
+          ScopedDiskBackend faulty(disk);
+          OVFileSystemReference installed;
+          const OVNewFileOptions options = {false, trash, nullptr};
+          const int status = unpacking
+                                 ? SettingsUtils::UnpackageOldSettingsFile(
+                                       package, m_destination, installed, true, nullptr, options)
+                                 : source.Copy(m_destination, installed, true, nullptr, options);
+          const std::string there = m_temp.Contents("in/destination/setting");
+          const std::string trashed = m_temp.Contents("home/data/Trash/files/setting");
+          if (!disk.Failed()) {
+            EXPECT_EQ(0, status);
+            EXPECT_EQ(trash ? older : "", trashed);
+            break;
+          }
+          ++tried[trash];
+          EXPECT_EQ(status == 0 ? newer : older, there);
+          EXPECT_EQ(std::set<std::string>{"setting"}, m_temp.Names("in/destination"));
+          EXPECT_TRUE(!trash || there == older || trashed == older);
         }
-        ++tried;
-        EXPECT_EQ(status == 0 ? newer : older, m_temp.Contents("in/destination/setting"));
-        EXPECT_EQ(std::set<std::string>{"setting"}, m_temp.Names("in/destination"));
       }
     }
   }
-  EXPECT_GE(tried, 10);
+  RecordProperty("FailurePointsDeleting", tried[0]);
+  RecordProperty("FailurePointsTrashing", tried[1]);
+  EXPECT_GT(tried[1], tried[0]);
 }
 
 // In its folder the reference follows the file; into another folder a taken name leaves it where
