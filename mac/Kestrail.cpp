@@ -13,6 +13,7 @@
 #include "platform/Dialogs.h"
 #include "platform/Files.h"
 #include "platform/Navigation.h"
+#include "platform/System.h"
 
 const CFStringRef glimmerbox_settings_folder = CFSTR("Glimmerbox Settings");
 
@@ -170,6 +171,7 @@ struct Outcome {
   OVFileSystemReference m_installed;
   // Where it went, read once it has its name: a later file of the batch may replace it.
   TString m_strInstalledName, m_strFolder;
+  bool m_bReplacedIntoTheTrash = false;  // the setting it replaced is in the Trash
 };
 
 // Notes where an installed setting went, for the summary.
@@ -201,8 +203,10 @@ struct Batch {
   bool m_bAskedForGlimmerbox = false;
   int m_nGlimmerboxStatus = -1;
   OVFileSystemReference m_glimmerboxFolder;
-  // The answer the user gave for every later name that is taken; -1 until then.
+  // The answer the user gave for every later name that is taken; -1 until then. Whether the
+  // question it answered said the setting would be deleted for good.
   int m_nAnswerForAll = -1;
+  bool m_bAnswerForAllDeletes = false;
   std::unique_ptr<OVFileBatch> m_pNaming;  // null for one file: it is named at once
   std::vector<WaitingSetting> m_vecWaiting;
   std::vector<Outcome> m_vecOutcomes;
@@ -210,7 +214,7 @@ struct Batch {
 
 StepEnd WriteAskingBeforeReplace(SettingFileRoutingInfo& info, OVFileSystemReference& destination,
                                  const TString& name, const OVFileVersion& examined, Batch& batch,
-                                 bool stage, OVFileSystemReference& installed);
+                                 bool stage, Outcome& outcome);
 
 // Names the settings whose files wait, and ends each one's outcome. A name that another process
 // took meanwhile is asked about, as when the file is written alone.
@@ -226,7 +230,7 @@ void NameTheWaiting(Batch& batch) {
     StepEnd end;
     if (named[i].m_nStatus == dupFNErr)
       end = WriteAskingBeforeReplace(setting.m_info, setting.m_destination, setting.m_strName,
-                                     setting.m_examined, batch, false, outcome.m_installed);
+                                     setting.m_examined, batch, false, outcome);
     else if (named[i].m_nStatus != noErr)
       end = Failure();
     if (end.m_nWay == StepEnd::kKeptTheFile) outcome.m_nGroup = Outcome::kKept;
@@ -251,12 +255,13 @@ int GlimmerboxFolder(Batch& batch, OVFileSystemReference& folder) {
 }
 
 // Copies or unpacks the setting into `destination` as `installed`: over a setting of its name
-// only with `replace`, beside it under a numbered name with `numbered`, and with `stage` as one
-// of the batch's files, named later. Only the file in the state `examined` is installed.
+// only with `replace` (that one going to the Trash with `trash`), beside it under a numbered name
+// with `numbered`, and with `stage` as one of the batch's files, named later. Only the file in
+// the state `examined` is installed.
 int WriteSetting(SettingFileRoutingInfo& info, OVFileSystemReference& destination, bool replace,
-                 bool numbered, const OVFileVersion& examined, Batch& batch, bool stage,
+                 bool numbered, bool trash, const OVFileVersion& examined, Batch& batch, bool stage,
                  OVFileSystemReference& installed) {
-  const OVNewFileOptions options = {numbered, stage ? batch.m_pNaming.get() : nullptr};
+  const OVNewFileOptions options = {numbered, trash, stage ? batch.m_pNaming.get() : nullptr};
   return info.isOldStyle
              ? SettingsUtils::UnpackageOldSettingsFile(info.sourceFile, destination, installed,
                                                        replace, &examined, options)
@@ -312,15 +317,31 @@ StepEnd NameTheSetting(const SettingFileRoutingInfo& info, TString& name) {
 }
 
 // The answer to the replace question for `name`: the one given for all of the batch, if any, else
-// the user's, who may give it for every later file of the batch while more are to come.
-int AskBeforeReplace(const TString& name, Batch& batch) {
-  if (batch.m_nAnswerForAll >= 0) return batch.m_nAnswerForAll;
+// the user's, who may give it for every later file of the batch while more are to come. A Replace
+// given while the settings went to the Trash does not serve one that would be deleted for good:
+// that one is asked about, saying so.
+int AskBeforeReplace(const TString& name, bool deletesForGood, Batch& batch) {
+  const bool answered = batch.m_nAnswerForAll >= 0;
+  if (answered && !(batch.m_nAnswerForAll == kReplaceAnswerYes && deletesForGood &&
+                    !batch.m_bAnswerForAllDeletes))
+    return batch.m_nAnswerForAll;
   NameTheWaiting(batch);  // what came before is installed while the user answers
   const bool moreToCome = batch.m_nCurrent + 1 < batch.m_nFiles;
   bool forAll = false;
-  const int answer = ConfirmFileReplace(name, moreToCome ? &forAll : nullptr);
-  if (forAll && answer >= 0) batch.m_nAnswerForAll = answer;
+  const int answer = ConfirmFileReplace(name, moreToCome ? &forAll : nullptr, deletesForGood);
+  if (forAll && answer >= 0) {
+    batch.m_nAnswerForAll = answer;
+    batch.m_bAnswerForAllDeletes = deletesForGood;
+  }
   return answer;
+}
+
+// Whether the setting `name` in `destination` would go to the Trash if replaced; true too when it
+// cannot be told, as the write then finds out and fails rather than delete it.
+bool GoesToTheTrash(const OVFileSystemReference& destination, const TString& name) {
+  OVFileSystemReference existing;
+  return destination.MakeSubobjectReference(name, existing) != 0 ||
+         FSCanMoveObjectToTrash(existing);
 }
 
 // Writes the setting, asking first when its name is taken. A name found free is taken only
@@ -329,23 +350,27 @@ int AskBeforeReplace(const TString& name, Batch& batch) {
 // does not stop the install. With `stage`, the file is one of the batch's, named later.
 StepEnd WriteAskingBeforeReplace(SettingFileRoutingInfo& info, OVFileSystemReference& destination,
                                  const TString& name, const OVFileVersion& examined, Batch& batch,
-                                 bool stage, OVFileSystemReference& installed) {
+                                 bool stage, Outcome& outcome) {
   // An earlier file of this batch that waits for this name is named first, so that this one is
   // asked about it as about any setting installed before.
   if (batch.m_pNaming != nullptr && batch.m_pNaming->Awaits(name)) NameTheWaiting(batch);
   bool exists = false;
   if (destination.SubobjectExists(name, exists) != 0) return Failure();
-  int answer = exists ? AskBeforeReplace(name, batch) : kReplaceAnswerYes;
+  // An installed setting is replaced only into the Trash, unless the question said otherwise.
+  bool trash = exists && GoesToTheTrash(destination, name);
+  int answer = exists ? AskBeforeReplace(name, !trash, batch) : kReplaceAnswerYes;
   if (answer == kReplaceAnswerNo) return kKeptTheFile;
-  int status = WriteSetting(info, destination, exists, answer == kReplaceAnswerKeepBoth, examined,
-                            batch, stage, installed);
+  int status = WriteSetting(info, destination, exists, answer == kReplaceAnswerKeepBoth, trash,
+                            examined, batch, stage, outcome.m_installed);
   if (status != 0 && !exists && destination.SubobjectExists(name, exists) == 0 && exists) {
-    answer = AskBeforeReplace(name, batch);
+    trash = GoesToTheTrash(destination, name);
+    answer = AskBeforeReplace(name, !trash, batch);
     if (answer == kReplaceAnswerNo) return kKeptTheFile;
-    status = WriteSetting(info, destination, true, answer == kReplaceAnswerKeepBoth, examined,
-                          batch, stage, installed);
+    status = WriteSetting(info, destination, true, answer == kReplaceAnswerKeepBoth, trash,
+                          examined, batch, stage, outcome.m_installed);
   }
   if (status != 0) return Failure();
+  outcome.m_bReplacedIntoTheTrash = exists && trash && answer != kReplaceAnswerKeepBoth;
   return kGoOn;
 }
 
@@ -360,8 +385,7 @@ void InstallSetting(SettingFileRoutingInfo& info, const OVFileVersion& examined,
   if (!end) end = NameTheSetting(info, name);
   const bool stage = batch.m_pNaming != nullptr;
   if (!end)
-    end = WriteAskingBeforeReplace(info, destination, name, examined, batch, stage,
-                                   outcome.m_installed);
+    end = WriteAskingBeforeReplace(info, destination, name, examined, batch, stage, outcome);
   outcome.m_nGroup = end.m_nWay == StepEnd::kKeptTheFile ? Outcome::kKept
                      : end.m_nWay == StepEnd::kAlert     ? Outcome::kFailed
                                                          : Outcome::kInstalled;
@@ -405,6 +429,29 @@ void ImportSetting(FSRef file, Batch& batch) {
   batch.m_vecOutcomes.push_back(outcome);
 }
 
+// An alert that tells what was installed, with OK as its default and, when there are `installed`
+// settings to show, a button that shows them in the file manager.
+void DisplayResult(AlertType kind, CFStringRef message, CFStringRef explanation,
+                   const std::vector<FSRef>& installed) {
+  AlertStdCFStringAlertParamRec params;
+  DialogRef alert = nullptr;
+  // Translators: the button of the alert after an install that opens the file manager with the
+  // installed settings selected.
+  auto show = CFHold(CopyLocalizedString(CFSTR_LOCALIZABLE("Show in Folder")));
+  if (GetStandardAlertDefaultParams(&params, kStdCFStringAlertVersionOne) != noErr) {
+    OV_AssertFailed(kSourceFile, __LINE__, "DisplayResult");
+    return;
+  }
+  if (!installed.empty()) params.otherText = show.get();
+  if (CreateStandardAlert(kind, message, explanation, &params, &alert) != noErr) {
+    OV_AssertFailed(kSourceFile, __LINE__, "DisplayResult");
+    return;
+  }
+  DialogItemIndex item = 0;
+  if (RunStandardAlert(alert, nullptr, &item) == noErr && item == kAlertStdAlertOtherButton)
+    LSRevealItems(installed.data(), installed.size());
+}
+
 // The alert that ends the install of a file opened alone; none when the user kept the installed
 // setting.
 void ShowOutcome(Outcome& outcome) {
@@ -412,7 +459,15 @@ void ShowOutcome(Outcome& outcome) {
     ShowAlert(outcome.m_strMessage);
     return;
   }
-  if (auto message = CFHold(GetSuccessMessage(outcome.m_installed))) DisplayAlert(message.get());
+  auto message = CFHold(GetSuccessMessage(outcome.m_installed, outcome.m_bReplacedIntoTheTrash));
+  if (message == nullptr) return;
+  // On a terminal the path printed is the way to the setting; in windows, the file manager is.
+  if (!LSCanRevealItems()) {
+    DisplayAlert(message.get());
+    return;
+  }
+  const FSRef installed = *static_cast<FSRef*>(outcome.m_installed);
+  DisplayResult(kAlertCautionAlert, message.get(), nullptr, {installed});
 }
 
 // A number as the summary shows it.
@@ -438,6 +493,12 @@ TString SummaryLine(const Outcome& outcome) {
       // a setting of its own name, in the folder %2.
       return LocalizedText(CFSTR_LOCALIZABLE("%0 as %1 in %2"), file,
                            ShownName(outcome.m_strInstalledName), ShownName(folderPath));
+    }
+    if (outcome.m_bReplacedIntoTheTrash) {
+      // Translators: a line of the summary: the file %0 was installed in the folder %1, and the
+      // setting of its name that was there went to the Trash.
+      return LocalizedText(CFSTR_LOCALIZABLE("%0 in %1; the setting it replaced is in the Trash"),
+                           file, ShownName(folderPath));
     }
     // Translators: a line of the summary: the file %0 was installed in the folder %1.
     return LocalizedText(CFSTR_LOCALIZABLE("%0 in %1"), file, ShownName(folderPath));
@@ -495,15 +556,12 @@ void ShowSummary(const std::vector<Outcome>& outcomes) {
   auto headlineText = CFHold(CreateCFStringRefFromTString(headline));
   auto groupsText = CFHold(CreateCFStringRefFromTString(groups));
   if (headlineText == nullptr) return;
-  AlertStdCFStringAlertParamRec params;
-  DialogRef alert = nullptr;
-  if (GetStandardAlertDefaultParams(&params, kStdCFStringAlertVersionOne) != noErr ||
-      CreateStandardAlert(kind, headlineText.get(), groupsText.get(), &params, &alert) != noErr) {
-    OV_AssertFailed(kSourceFile, __LINE__, "ShowSummary");
-    return;
-  }
-  DialogItemIndex item;
-  RunStandardAlert(alert, nullptr, &item);
+  std::vector<FSRef> installed;
+  if (LSCanRevealItems())
+    for (const Outcome& outcome : outcomes)
+      if (outcome.m_nGroup == Outcome::kInstalled)
+        installed.push_back(*static_cast<const FSRef*>(outcome.m_installed));
+  DisplayResult(kind, headlineText.get(), groupsText.get(), installed);
 }
 
 // The file of an item that cannot be had as a file reference, as one failed outcome: its name
@@ -605,7 +663,7 @@ void DisplayAlert(CFStringRef message) {
   RunStandardAlert(alert, nullptr, &item);
 }
 
-int ConfirmFileReplace(const TString& fileName, bool* applyToAll) {
+int ConfirmFileReplace(const TString& fileName, bool* applyToAll, bool deletesForGood) {
   // The texts may be missing (each is reported); the holders release only those that exist.
   // Translators: the replace question's button that replaces the installed setting ("Replace").
   auto yes = CFHold(CopyLocalizedString(CFSTR_LOCALIZABLE("Yes")));
@@ -620,8 +678,13 @@ int ConfirmFileReplace(const TString& fileName, bool* applyToAll) {
   // installed one, under the name with a number added ("Name 2.xml").
   auto both = CFHold(CopyLocalizedString(CFSTR_LOCALIZABLE("Keep Both")));
   if (both == nullptr) OV_AssertFailed(kSourceFile, __LINE__, "ConfirmFileReplace");
-  // Translators: the replace question; %0 is the name of the setting's file.
-  auto question = CFHold(CopyLocalizedString(CFSTR_LOCALIZABLE("Confirm Replace Message")));
+  auto question = CFHold(CopyLocalizedString(
+      deletesForGood
+          // Translators: the replace question when the installed setting cannot be moved to the
+          // Trash (its disk has none); %0 is the name of the setting's file.
+          ? CFSTR_LOCALIZABLE("Confirm Replace Deleting Message")
+          // Translators: the replace question; %0 is the name of the setting's file.
+          : CFSTR_LOCALIZABLE("Confirm Replace Message")));
   if (question == nullptr) OV_AssertFailed(kSourceFile, __LINE__, "ConfirmFileReplace");
 
   // The name is the file's own: shown so that it cannot pass for more of the question.
@@ -674,14 +737,19 @@ int ConfirmFileReplace(const TString& fileName, bool* applyToAll) {
   }
 }
 
-CFStringRef GetSuccessMessage(FSRef* installedFile) {
+CFStringRef GetSuccessMessage(FSRef* installedFile, bool replacedIntoTheTrash) {
   auto url = CFHold(CFURLCreateFromFSRef(kCFAllocatorDefault, installedFile));
   if (url == nullptr) return nullptr;
   auto path = CFHold(CFURLCopyFileSystemPath(url.get(), kCFURLPOSIXPathStyle));
   if (path == nullptr) return nullptr;
   const TString pathText = CreateTStringFromCFStringRef(path.get());
-  // Translators: the alert after the install; %0 is the full path of the installed file.
-  auto success = CFHold(CopyLocalizedString(CFSTR_LOCALIZABLE("Success")));
+  auto success = CFHold(CopyLocalizedString(
+      replacedIntoTheTrash
+          // Translators: the alert after an install that replaced a setting, which went to the
+          // Trash; %0 is the full path of the installed file.
+          ? CFSTR_LOCALIZABLE("Success Replaced")
+          // Translators: the alert after the install; %0 is the full path of the installed file.
+          : CFSTR_LOCALIZABLE("Success")));
   if (success == nullptr) return nullptr;
   const TString successTemplate = CreateTStringFromCFStringRef(success.get());
   const TString shownPath = ShownName(pathText);

@@ -51,11 +51,15 @@ enum : int {
 // also on Escape and when the window is closed), kReplaceAnswerYes or kReplaceAnswerKeepBoth; -1
 // when the question could not be asked. With `applyToAll`, the question also offers to give the
 // same answer to the rest of the files, off at first, and says there whether the user chose to.
-int ConfirmFileReplace(const TString& fileName, bool* applyToAll = nullptr);
+// With `deletesForGood`, the question says that the installed setting cannot go to the Trash, so
+// that replacing it deletes it for good.
+int ConfirmFileReplace(const TString& fileName, bool* applyToAll = nullptr,
+                       bool deletesForGood = false);
 
 // "The setting was installed at <path>" in the user's language, for the caller to release; null
-// when it cannot be made.
-CFStringRef GetSuccessMessage(FSRef* installedFile);
+// when it cannot be made. With `replacedIntoTheTrash`, it says too that the setting it replaced
+// is in the Trash.
+CFStringRef GetSuccessMessage(FSRef* installedFile, bool replacedIntoTheTrash = false);
 
 // Asks the user for the Glimmerbox folder: 0 with `folder` set when the chosen folder holds
 // "Glimmerbox Settings"; -1 when the user cancels or chooses another folder.

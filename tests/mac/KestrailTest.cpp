@@ -257,8 +257,8 @@ TEST_F(KestrailTest, TheTerminalQuestionCannotBeHeldOrFaked) {
   EXPECT_NE(std::string::npos, run.out.find("No line end in 4096 bytes; taking Keep Existing."));
   EXPECT_EQ("the installed one", m_temp.Contents(kDauberyFolder + "/" + name));
   run = Open("in/" + name, "r\n");
-  EXPECT_NE(std::string::npos,
-            run.out.find(kInstalled + m_temp.Path(kDauberyFolder) + "/" + shown + "\n"))
+  EXPECT_NE(std::string::npos, run.out.find(kInstalled + m_temp.Path(kDauberyFolder) + "/" + shown +
+                                            ". The setting it replaced is in the Trash.\n"))
       << run.out;
 }
 
@@ -516,6 +516,45 @@ TEST_F(KestrailTest, FullDiskKeepsTheInstalledSetting) {
     EXPECT_NE(std::string::npos, run.out.find(kFailure)) << run.out;
     EXPECT_EQ("the installed one", m_temp.Contents(kInstalledWash));
     EXPECT_EQ(std::set<std::string>{"Wash.xml"}, m_temp.Names(kDauberyFolder));
+  }
+}
+
+// Replace puts the installed setting in the Trash, recorded at its own place, for a copy and an
+// unpacked package alike; on a disk without one (a tmpfs, where the desktop keeps none), the
+// question says first that replacing deletes it for good.
+TEST_F(KestrailTest, ReplaceMovesTheInstalledSettingToTheTrash) {
+  m_temp.Write("in/Wash.xml", kDaubery);
+  m_temp.Write("in/Wash.f1s", kWashPackage);
+  const std::string folder = m_temp.Path(kDauberyFolder);
+  for (const bool tmpfs : {false, true}) {
+    for (const char* file : {"in/Wash.xml", "in/Wash.f1s"}) {
+      SCOPED_TRACE(testing::Message() << (tmpfs ? "a tmpfs, " : "the home Trash, ") << file);
+      fs::remove_all(m_temp.Path("home/data"));
+      fs::create_directories(folder);
+      if (tmpfs && mount("kestrail-test", folder.c_str(), "tmpfs", 0, "") != 0)
+        GTEST_SKIP() << "no tmpfs: mount: " << std::strerror(errno);
+      struct Unmount {
+        ~Unmount() {
+          if (m_bMounted) umount2(m_path.c_str(), MNT_DETACH);
+        }
+        bool m_bMounted;
+        std::string m_path;
+      } unmount{tmpfs, folder};
+      m_temp.Write(kInstalledWash, "the installed one");
+      const ProgramRun run = Open(file, "r\n");
+      EXPECT_EQ(tmpfs, run.out.find("cannot be moved to the Trash: replacing it deletes it for "
+                                    "good") != std::string::npos)
+          << run.out;
+      EXPECT_EQ(!tmpfs,
+                run.out.find("The setting it replaced is in the Trash.") != std::string::npos);
+      EXPECT_NE("the installed one", m_temp.Contents(kInstalledWash));
+      EXPECT_EQ(tmpfs ? "" : "the installed one",
+                m_temp.Contents("home/data/Trash/files/Wash.xml"));
+      EXPECT_EQ(std::set<std::string>{"Wash.xml"}, m_temp.Names(kDauberyFolder));  // no Trash there
+      if (tmpfs) continue;
+      EXPECT_NE(std::string::npos, m_temp.Contents("home/data/Trash/info/Wash.xml.trashinfo")
+                                       .find("\nPath=" + m_temp.Path(kInstalledWash) + "\n"));
+    }
   }
 }
 
