@@ -448,8 +448,12 @@ void DisplayResult(AlertType kind, CFStringRef message, CFStringRef explanation,
     return;
   }
   DialogItemIndex item = 0;
-  if (RunStandardAlert(alert, nullptr, &item) == noErr && item == kAlertStdAlertOtherButton)
-    LSRevealItems(installed.data(), installed.size());
+  if (RunStandardAlert(alert, nullptr, &item) != noErr || item != kAlertStdAlertOtherButton) return;
+  if (LSRevealItems(installed.data(), installed.size()) != noErr) {
+    // Translators: the alert when Show in Folder found neither a file manager nor an application
+    // that opens folders.
+    ShowAlert(LocalizedText(CFSTR_LOCALIZABLE("No file manager could show the folder.")));
+  }
 }
 
 // The alert that ends the install of a file opened alone; none when the user kept the installed

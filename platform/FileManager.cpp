@@ -14,8 +14,20 @@ namespace {
 // The file manager may first have to start; it is given this long to answer.
 const int kAnswerMilliseconds = 25000;
 
+// Whether the desktop has a session bus: one named in the environment, or the user's own. Without
+// either, GIO would start a bus of its own, which would outlive the process and serve no one.
+bool HasSessionBus() {
+  const char* address = g_getenv("DBUS_SESSION_BUS_ADDRESS");
+  if (address != nullptr && address[0] != '\0') return true;
+  gchar* own = g_build_filename(g_get_user_runtime_dir(), "bus", nullptr);
+  const bool exists = g_file_test(own, G_FILE_TEST_EXISTS);
+  g_free(own);
+  return exists;
+}
+
 // Asks the file manager that serves org.freedesktop.FileManager1 to show `uris` selected.
 bool AskFileManager(const std::vector<std::string>& uris) {
+  if (!HasSessionBus()) return false;
   GError* error = nullptr;
   GDBusConnection* bus = g_bus_get_sync(G_BUS_TYPE_SESSION, nullptr, &error);
   if (bus == nullptr) {
@@ -42,18 +54,20 @@ Boolean LSCanRevealItems() { return ActiveDialogBackend().ShowsWindows(); }
 
 OSStatus LSRevealItems(const FSRef* items, ItemCount count) {
   if (items == nullptr || count == 0) return paramErr;
+  // An item gone since (a setting that a later one of its pack replaced) is left out; the rest
+  // are still shown.
   std::vector<std::string> uris;
   std::string firstPath;
   for (ItemCount i = 0; i < count; ++i) {
     UInt8 path[4096];
-    const OSErr err = FSRefMakePath(&items[i], path, sizeof path);
-    if (err != noErr) return err;
+    if (FSRefMakePath(&items[i], path, sizeof path) != noErr) continue;
     gchar* uri = g_filename_to_uri(reinterpret_cast<const char*>(path), nullptr, nullptr);
-    if (uri == nullptr) return paramErr;
+    if (uri == nullptr) continue;
     uris.emplace_back(uri);
     g_free(uri);
-    if (i == 0) firstPath = reinterpret_cast<const char*>(path);
+    if (firstPath.empty()) firstPath = reinterpret_cast<const char*>(path);
   }
+  if (uris.empty()) return fnfErr;
   if (AskFileManager(uris)) return noErr;
   // No file manager answers on the bus: the first item's folder, opened as the desktop opens
   // folders, shows it at least among its neighbours.

@@ -33,7 +33,8 @@ Boolean LSCanRevealItems();
 
 // Opens the file manager with the `count` items selected: org.freedesktop.FileManager1.ShowItems
 // on the session bus; where nothing answers there, the first item's folder, opened with the
-// desktop's default handler for folders. kLSApplicationNotFoundErr when neither serves.
+// desktop's default handler for folders. Items that are gone are left out (fnfErr when all are);
+// kLSApplicationNotFoundErr when neither way serves.
 OSStatus LSRevealItems(const FSRef* items, ItemCount count);
 
 // Stops in the debugger when one is attached; otherwise says so on standard error and returns.
