@@ -5,9 +5,8 @@
 //
 // Written over the calls of the disk seam rather than left to GIO, whose trashing moves an object
 // away at once: a setting about to be replaced must stay at its place, whole, until its
-// replacement takes the name, and be in the Trash already by then. GIO still decides, as for the
-// desktop, which file systems have no Trash of their own.
-#include <gio/gunixmounts.h>
+// replacement takes the name, and be in the Trash already by then. GIO still decides, through the
+// desktop module, which file systems have no Trash of their own, as it does for the desktop.
 #include <sys/stat.h>
 #include <sys/sysmacros.h>
 #include <unistd.h>
@@ -20,6 +19,7 @@
 #include <vector>
 
 #include "platform/DiskBackend.h"
+#include "platform/desktop/Desktop.h"
 #include "platform/internal/PosixFiles.h"
 #include "platform/internal/Unicode.h"
 
@@ -85,19 +85,16 @@ bool FindTopFolder(const std::string& path, UInt64 device, std::string& top) {
     if (DeviceOf(status) != device) break;
     top = parent;
   }
-  if (top.empty()) top = "/";
+  if (top.empty()) top.assign(1, '/');  // (not = "/": GCC 12 warns of a false overlap)
   return true;
 }
 
 // Whether the file system mounted at `top` is one of the system's own (a tmpfs, a kernel's file
 // system), where the desktop keeps no Trash and a file manager would show none: what was put
-// there could not be restored.
+// there could not be restored. Without the desktop module, none is taken for one.
 bool IsSystemInternal(const std::string& top) {
-  GUnixMountEntry* mount = g_unix_mount_for(top.c_str(), nullptr);
-  if (mount == nullptr) return false;
-  const bool internal = g_unix_mount_is_system_internal(mount);
-  g_unix_mount_free(mount);
-  return internal;
+  Desktop* desktop = LoadedDesktop();
+  return desktop != nullptr && desktop->IsSystemInternal(top);
 }
 
 // The Trash for an object at `path` on the file system `device`: the home Trash when the user's
