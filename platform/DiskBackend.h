@@ -1,6 +1,7 @@
 // DiskBackend.h: the seam under every File Manager call that touches the disk. Looking objects up,
-// opening, making, removing and renaming them, reading and writing forks, reserving their space and
-// flushing files and folders go through the active DiskBackend: POSIX itself, unless a test puts
+// opening, making, removing, renaming and linking them, asking whether a folder may be changed,
+// reading and writing forks, reserving their space and flushing files, folders and whole file
+// systems go through the active DiskBackend: POSIX itself, unless a test puts
 // its own in place with ScopedDiskBackend to make one of these calls fail, to hold a write half
 // done, or to change the disk between two calls, where the real disk cannot be made to. The
 // backend sees file descriptors and names; the calls above it see references and forks.
