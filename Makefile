@@ -14,9 +14,10 @@ BUILD_PACKAGES := cmake make g++ pkg-config gettext libgtest-dev libboost-dev li
 # Only the tests need these: the window test runs the dialogs on a virtual display and reads them;
 # the language test makes a German locale from the definitions in locales; the package test
 # checks the package with Debian's own checker and renders its manual pages; the Trash is listed
-# through GIO's trash:/// on a private session bus, as a file manager lists it.
+# through GIO's trash:/// on a private session bus, as a file manager lists it; appstreamcli checks
+# the AppStream metainfo.
 TEST_PACKAGES  := xvfb xdotool imagemagick tesseract-ocr tesseract-ocr-eng fonts-dejavu-core \
-                  locales lintian man-db dbus gvfs libglib2.0-bin
+                  locales lintian man-db dbus gvfs libglib2.0-bin appstream
 BENCH_PACKAGES := libbenchmark-dev libpugixml-dev libxml2-dev libexpat1-dev
 FUZZ_PACKAGES  := clang libclang-rt-14-dev
 

@@ -9,9 +9,6 @@
 #include "platform/CoreFoundation.h"
 #include "platform/Terminal.h"
 
-namespace {
-
-// The main bundle's text for `key`, in the user's language.
 std::string Localized(const char* key) {
   auto keyString = CFHold(CreateCFStringRefFromString(key));
   if (keyString == nullptr) return key;
@@ -20,15 +17,12 @@ std::string Localized(const char* key) {
   return text != nullptr ? CreateStringFromCFStringRef(text.get()) : key;
 }
 
-// The same with `filler` in place of the text's %0.
 std::string Localized(const char* key, const std::string& filler) {
   std::string text = Localized(key);
   const std::size_t marker = text.find("%0");
   if (marker != std::string::npos) text.replace(marker, 2, filler);
   return text;
 }
-
-}  // namespace
 
 int ReadCommandLine(const ProgramDescription& program, const std::vector<std::string>& arguments,
                     std::ostream& out, std::ostream& err,

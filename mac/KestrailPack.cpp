@@ -61,32 +61,39 @@ bool Package(const std::string& path, const OVFileSystemReference* into) {
     return false;
   };
   OVFileSystemReference file, folder, package;
-  if (!RefFromPath(path, file)) return fail("no such file");
-  if (file.IsFolder()) return fail("is a folder, not a settings file");
+  // Translators: kestrail-pack's reasons, each after a file's path and a colon.
+  if (!RefFromPath(path, file)) return fail(Localized(LOCALIZABLE_TEXT("no such file")));
+  if (file.IsFolder()) return fail(Localized(LOCALIZABLE_TEXT("is a folder, not a settings file")));
   std::vector<unsigned char> bytes;
   // A named pipe, a socket or a device is refused at once rather than waited on.
-  if (ReadDiskFileIntoBuffer(file, bytes) != 0) return fail("not a settings file that can be read");
+  if (ReadDiskFileIntoBuffer(file, bytes) != 0)
+    return fail(Localized(LOCALIZABLE_TEXT("not a settings file that can be read")));
   const TString filter = SettingsUtils::OldSettingsFilterName(bytes);
   TString setName;
   if (SettingsUtils::SetNameFromFilterName(filter, setName) != 0) {
-    return fail("unknown filter \"" + Printable(filter) + "\"");
+    // Translators: %0 is the filter's name as the file gives it.
+    return fail(Localized(LOCALIZABLE_TEXT("unknown filter \"%0\""), Printable(filter)));
   }
   if (!SettingsUtils::CanCarryOldSettings(bytes)) {
-    return fail("holds bytes a package cannot carry (a control character or \"]]>\")");
+    return fail(Localized(
+        LOCALIZABLE_TEXT("holds bytes a package cannot carry (a control character or \"]]>\")")));
   }
   if (into != nullptr) {
     folder = *into;
   } else if (file.MakeParentReference(folder) != 0) {
-    return fail("cannot find the file's folder");
+    return fail(Localized(LOCALIZABLE_TEXT("cannot find the file's folder")));
   }
   TString name;
   bool exists = false;
   if (file.GetName(name) != 0 || folder.SubobjectExists(name + L".f1s", exists) != 0) {
-    return fail("cannot name the package");
+    return fail(Localized(LOCALIZABLE_TEXT("cannot name the package")));
   }
-  if (exists) return fail("a package already exists in " + PathOf(folder));
+  // Translators: %0 is a folder's path.
+  if (exists)
+    return fail(Localized(LOCALIZABLE_TEXT("a package already exists in %0"), PathOf(folder)));
   if (SettingsUtils::PackageOldSettingsFile(file, folder, package) != 0) {
-    return fail("cannot write the package in " + PathOf(folder));
+    // Translators: %0 is a folder's path.
+    return fail(Localized(LOCALIZABLE_TEXT("cannot write the package in %0"), PathOf(folder)));
   }
   std::cout << PathOf(package) << "\n";
   return true;
@@ -105,8 +112,9 @@ int main(int argc, char** argv) {
   const std::string into = values["--into"];
   OVFileSystemReference intoFolder;
   if (hasInto && (into.empty() || !RefFromPath(into, intoFolder) || !intoFolder.IsFolder())) {
-    std::cerr << "kestrail-pack: --into " << (into.empty() ? "\"\"" : TerminalText(into))
-              << ": not a folder\n";
+    // Translators: after "kestrail-pack: --into FOLDER:", when FOLDER is none.
+    std::cerr << "kestrail-pack: --into " << (into.empty() ? "\"\"" : TerminalText(into)) << ": "
+              << Localized(LOCALIZABLE_TEXT("not a folder")) << "\n";
     return 2;
   }
   bool allPackaged = true;

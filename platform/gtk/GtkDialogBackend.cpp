@@ -152,8 +152,9 @@ DialogItemIndex GtkDialogBackend::RunAlert(const AlertDescription& alert) {
 
 std::optional<std::string> GtkDialogBackend::ChooseFolder(const std::string& message) {
   // Translators: the button of the folder dialog that chooses the folder; the underscore marks
-  // the letter that, with Alt, presses it.
-  const char* choose = gettext("_Choose");
+  // the letter that, with Alt, presses it. GTK puts its own Cancel button beside it ("_Cancel" in
+  // GTK's catalog of the language): the two letters must differ, or Alt only moves the focus.
+  const char* choose = gettext("_Select");
   GtkFileChooserNative* chooser =
       gtk_file_chooser_native_new(message.empty() ? nullptr : message.c_str(), nullptr,
                                   GTK_FILE_CHOOSER_ACTION_SELECT_FOLDER, choose, nullptr);
@@ -178,7 +179,8 @@ extern "C" DialogBackend* KestrailMakeGtkDialogBackend(std::string& reason) {
   gtk_disable_setlocale();
   std::setlocale(LC_CTYPE, "");
   std::setlocale(LC_MESSAGES, "");
-  // The program name ties the windows to kestrail.desktop; the application name is their title.
+  // The program name ties the windows to the desktop entry (its StartupWMClass); the application
+  // name is their title.
   g_set_prgname("kestrail");
   g_set_application_name("Kestrail");
   if (!gtk_init_check(nullptr, nullptr)) {
