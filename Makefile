@@ -18,6 +18,8 @@ BUILD_PACKAGES := cmake make g++ pkg-config gettext libgtest-dev libboost-dev li
 # the AppStream metainfo.
 TEST_PACKAGES  := xvfb xdotool imagemagick tesseract-ocr tesseract-ocr-eng fonts-dejavu-core \
                   locales lintian man-db dbus gvfs libglib2.0-bin appstream
+# Building the Debian packages and testing them as Debian does.
+PACKAGE_PACKAGES := debhelper dpkg-dev lintian autopkgtest
 BENCH_PACKAGES := libbenchmark-dev libpugixml-dev libxml2-dev libexpat1-dev
 FUZZ_PACKAGES  := clang libclang-rt-14-dev
 
@@ -31,13 +33,13 @@ CMAKE_CONFIGURE = out=$$(cmake -S . -B $(1) -DCMAKE_BUILD_TYPE=$(2) $(3) 2>&1) |
                   printf '%s\n' "$$out" | grep '^-- Kestrail: ' || true
 CTEST = scripts/run-tests $(1) $(JOBS)
 
-.PHONY: all deps build-deps test-deps build check test asan install package demo bench bench-deps \
-        fuzz clean
+.PHONY: all deps build-deps test-deps package-deps build check test asan install package demo \
+        bench bench-deps fuzz clean
 
 all: build
 
 # Every package that building and testing need.
-deps: build-deps test-deps
+deps: build-deps test-deps package-deps
 
 build-deps:
 	@scripts/install-packages $(BUILD_PACKAGES)
@@ -45,11 +47,14 @@ build-deps:
 test-deps:
 	@scripts/install-packages $(TEST_PACKAGES)
 
+package-deps: build-deps
+	@scripts/install-packages $(PACKAGE_PACKAGES)
+
 build: build-deps
 	$(call CMAKE_CONFIGURE,$(BUILD),RelWithDebInfo)
 	cmake --build $(BUILD) -j $(JOBS)
 
-test: build test-deps
+test: build test-deps package-deps
 	$(call CTEST,$(BUILD))
 
 asan: deps
@@ -62,9 +67,11 @@ check: test asan
 install: build
 	DESTDIR=$(DESTDIR) cmake --install $(BUILD) --prefix $(PREFIX) --strip
 
-# The Debian package lands in the build tree: $(BUILD)/kestrail_<version>_<arch>.deb.
-package: build
-	cd $(BUILD) && cpack
+# The Debian packages, source and binary, built from debian/ by dpkg-buildpackage in a copy of
+# the project: they land in $(BUILD)/package/, and the .deb's path is said at the end.
+package: package-deps
+	@changes=$$(scripts/make-package $(BUILD)/package) && \
+	  echo "The package: $$(dirname $$changes)/$$(sed -n 's/^ [0-9a-f]* [0-9]* [a-z]* [a-z]* \(kestrail_.*\.deb\)$$/\1/p' $$changes | head -n1)"
 
 demo: build
 	@scripts/demo $(BUILD)/bin/kestrail
