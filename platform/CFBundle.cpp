@@ -1,5 +1,7 @@
 // CFBundle.cpp: the bundle part of CoreFoundation.h: framework bundles with their executables,
 // and the main bundle with its localized texts, which gettext finds beside the executable.
+#include "platform/CoreFoundation.h"
+
 #include <dlfcn.h>
 #include <libintl.h>
 #include <locale.h>
@@ -14,7 +16,6 @@
 #include <unordered_map>
 #include <vector>
 
-#include "platform/CoreFoundation.h"
 #include "platform/internal/CFObject.h"
 #include "platform/internal/Unicode.h"
 

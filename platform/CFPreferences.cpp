@@ -1,5 +1,7 @@
 // CFPreferences.cpp: reading a user's preferences, which live in XML property lists, and the
 // type identifiers that tell their values apart.
+#include "platform/CoreFoundation.h"
+
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>

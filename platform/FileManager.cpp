@@ -1,5 +1,7 @@
 // FileManager.cpp: showing installed files in the desktop's file manager, and loading the
 // desktop module that does it, with GIO, on first use.
+#include "platform/System.h"
+
 #include <dlfcn.h>
 
 #include <iostream>
@@ -9,7 +11,6 @@
 #include "platform/DialogBackend.h"
 #include "platform/EventLoop.h"
 #include "platform/Files.h"
-#include "platform/System.h"
 #include "platform/Terminal.h"
 #include "platform/desktop/Desktop.h"
 #include "platform/internal/CFObject.h"

@@ -1,11 +1,12 @@
 // Folders.cpp: the Folder Manager: the user's data folders under the desktop's base directory.
+#include "platform/Files.h"
+
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
 #include <string>
 
 #include "platform/DiskBackend.h"
-#include "platform/Files.h"
 #include "platform/internal/PosixFiles.h"  // MacErrorFromErrno, UserBaseFolder
 
 namespace {

@@ -1,4 +1,6 @@
 // Forks.cpp: opening, sizing, reading and writing data forks over file descriptors.
+#include "platform/Files.h"
+
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -8,7 +10,6 @@
 #include <vector>
 
 #include "platform/DiskBackend.h"
-#include "platform/Files.h"
 #include "platform/internal/PosixFiles.h"
 
 namespace {

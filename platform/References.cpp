@@ -1,6 +1,8 @@
 // References.cpp: what the 80 bytes of an FSRef hold and how they lead back to their object: the
 // folders this process holds open, the names it has met, and the checks that a reference's object
 // is still the one it was made for.
+#include "platform/internal/PosixFiles.h"
+
 #include <sys/stat.h>
 #include <sys/sysmacros.h>
 #include <unistd.h>
@@ -14,7 +16,6 @@
 #include <vector>
 
 #include "platform/DiskBackend.h"
-#include "platform/internal/PosixFiles.h"
 
 namespace {
 

@@ -1,5 +1,7 @@
 // TemporaryFiles.cpp: the names of temporary files, their removal when a signal ends the process,
 // and the removal of those that a killed process left behind.
+#include "platform/internal/PosixFiles.h"
+
 #include <dirent.h>
 #include <fcntl.h>
 #include <signal.h>
@@ -13,7 +15,6 @@
 #include <ctime>
 
 #include "platform/DiskBackend.h"
-#include "platform/internal/PosixFiles.h"
 
 namespace {
 

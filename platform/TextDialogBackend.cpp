@@ -1,5 +1,7 @@
 // TextDialogBackend.cpp: dialogs on a terminal: an alert's texts and buttons out, one line of
 // answer in; a folder question's message out, a path in.
+#include "platform/DialogBackend.h"
+
 #include <pwd.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -14,7 +16,6 @@
 #include <string>
 #include <vector>
 
-#include "platform/DialogBackend.h"
 #include "platform/Terminal.h"
 #include "platform/internal/CFObject.h"
 

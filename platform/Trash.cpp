@@ -7,6 +7,8 @@
 // away at once: a setting about to be replaced must stay at its place, whole, until its
 // replacement takes the name, and be in the Trash already by then. GIO still decides, through the
 // desktop module, which file systems have no Trash of their own, as it does for the desktop.
+#include "platform/Files.h"
+
 #include <sys/stat.h>
 #include <sys/sysmacros.h>
 #include <unistd.h>

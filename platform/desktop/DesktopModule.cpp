@@ -1,8 +1,8 @@
 // DesktopModule.cpp: the desktop module: the Trash rules and the file manager, through GIO.
+#include "platform/desktop/Desktop.h"
+
 #include <gio/gio.h>
 #include <gio/gunixmounts.h>
-
-#include "platform/desktop/Desktop.h"
 
 namespace {
 
