@@ -19,7 +19,7 @@ const CFStringRef glimmerbox_settings_folder = CFSTR("Glimmerbox Settings");
 
 namespace {
 
-const char kSourceFile[] = "mac/Kestrail";
+const char kSource[] = "mac/Kestrail";
 
 // The text for `key` in the user's language; the key itself is the text when there is no
 // translation. The caller releases it; null when there is none at all.
@@ -439,12 +439,12 @@ void DisplayResult(AlertType kind, CFStringRef message, CFStringRef explanation,
   // installed settings selected.
   auto show = CFHold(CopyLocalizedString(CFSTR_LOCALIZABLE("Show in Folder")));
   if (GetStandardAlertDefaultParams(&params, kStdCFStringAlertVersionOne) != noErr) {
-    OV_AssertFailed(kSourceFile, __LINE__, "DisplayResult");
+    OV_AssertFailed(kSource, __LINE__, "DisplayResult");
     return;
   }
   if (!installed.empty()) params.otherText = show.get();
   if (CreateStandardAlert(kind, message, explanation, &params, &alert) != noErr) {
-    OV_AssertFailed(kSourceFile, __LINE__, "DisplayResult");
+    OV_AssertFailed(kSource, __LINE__, "DisplayResult");
     return;
   }
   DialogItemIndex item = 0;
@@ -660,7 +660,7 @@ void DisplayAlert(CFStringRef message) {
   DialogRef alert = nullptr;
   if (GetStandardAlertDefaultParams(&params, kStdCFStringAlertVersionOne) != noErr ||
       CreateStandardAlert(kAlertCautionAlert, message, nullptr, &params, &alert) != noErr) {
-    OV_AssertFailed(kSourceFile, __LINE__, "DisplayAlert");
+    OV_AssertFailed(kSource, __LINE__, "DisplayAlert");
     return;
   }
   DialogItemIndex item;
@@ -671,17 +671,17 @@ int ConfirmFileReplace(const TString& fileName, bool* applyToAll, bool deletesFo
   // The texts may be missing (each is reported); the holders release only those that exist.
   // Translators: the replace question's button that replaces the installed setting ("Replace").
   auto yes = CFHold(CopyLocalizedString(CFSTR_LOCALIZABLE("Yes")));
-  if (yes == nullptr) OV_AssertFailed(kSourceFile, __LINE__, "ConfirmFileReplace");
+  if (yes == nullptr) OV_AssertFailed(kSource, __LINE__, "ConfirmFileReplace");
   // Translators: the replace question's button that keeps the installed setting ("Keep
   // Existing"); Return presses it. On the terminal a button's first letter answers for it, so
   // the buttons' titles begin with different letters, or differ in the first letter of the
   // first word that is not the same.
   auto no = CFHold(CopyLocalizedString(CFSTR_LOCALIZABLE("No")));
-  if (no == nullptr) OV_AssertFailed(kSourceFile, __LINE__, "ConfirmFileReplace");
+  if (no == nullptr) OV_AssertFailed(kSource, __LINE__, "ConfirmFileReplace");
   // Translators: the replace question's button that installs the new setting beside the
   // installed one, under the name with a number added ("Name 2.xml").
   auto both = CFHold(CopyLocalizedString(CFSTR_LOCALIZABLE("Keep Both")));
-  if (both == nullptr) OV_AssertFailed(kSourceFile, __LINE__, "ConfirmFileReplace");
+  if (both == nullptr) OV_AssertFailed(kSource, __LINE__, "ConfirmFileReplace");
   auto question = CFHold(CopyLocalizedString(
       deletesForGood
           // Translators: the replace question when the installed setting cannot be moved to the
@@ -689,14 +689,14 @@ int ConfirmFileReplace(const TString& fileName, bool* applyToAll, bool deletesFo
           ? CFSTR_LOCALIZABLE("Confirm Replace Deleting Message")
           // Translators: the replace question; %0 is the name of the setting's file.
           : CFSTR_LOCALIZABLE("Confirm Replace Message")));
-  if (question == nullptr) OV_AssertFailed(kSourceFile, __LINE__, "ConfirmFileReplace");
+  if (question == nullptr) OV_AssertFailed(kSource, __LINE__, "ConfirmFileReplace");
 
   // The name is the file's own: shown so that it cannot pass for more of the question.
   const TString questionTemplate = TextOf(question.get());
   const TString shownName = ShownName(fileName);
   auto message = CFHold(
       CreateCFStringRefFromTString(TStringParamReplace(&questionTemplate, shownName.c_str())));
-  if (message == nullptr) OV_AssertFailed(kSourceFile, __LINE__, "ConfirmFileReplace");
+  if (message == nullptr) OV_AssertFailed(kSource, __LINE__, "ConfirmFileReplace");
 
   // Keeping the existing file is both the default and the cancel answer, so that neither Return
   // nor Escape nor closing the window destroys anything: only the Replace button itself replaces.
@@ -722,7 +722,7 @@ int ConfirmFileReplace(const TString& fileName, bool* applyToAll, bool deletesFo
     // same answer for every later setting whose name is taken.
     auto title = CFHold(CopyLocalizedString(CFSTR_LOCALIZABLE("Apply to all")));
     if (title == nullptr)
-      OV_AssertFailed(kSourceFile, __LINE__, "ConfirmFileReplace");
+      OV_AssertFailed(kSource, __LINE__, "ConfirmFileReplace");
     else
       SetStandardAlertCheckBox(alert, title.get(), &forAll);
   }

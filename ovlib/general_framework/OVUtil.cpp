@@ -13,6 +13,8 @@
 
 namespace {
 
+const char kSource[] = "ovlib/general_framework/OVUtil";
+
 // `length` characters of room in `text`, to be overwritten, with the memory faulted in at
 // once: a whole file's text is large, and fresh pages trapped one at a time as the decoding
 // reaches them cost more than the decoding itself.
@@ -69,8 +71,8 @@ std::vector<UniChar> Utf8toUtf16(const std::vector<unsigned char>& buffer) {
 }
 
 int ConvertWStringToFileBuffer(const TString& text, std::vector<unsigned char>& buffer) {
-  if (text.empty())
-    OV_AssertFailed("ovlib/general_framework/OVUtil", 87, "ConvertWStringToFileBuffer");
+  // Line 87 rather than this one: the report reads as it always has, whatever moves in the file.
+  if (text.empty()) OV_AssertFailed(kSource, 87, "ConvertWStringToFileBuffer");
   buffer.resize(2 * (text.size() + 1));
   const UInt16 mark = 0xFEFF;
   std::memcpy(buffer.data(), &mark, 2);

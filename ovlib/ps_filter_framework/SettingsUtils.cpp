@@ -30,6 +30,8 @@ const TString zephyrine = L"Zephyrine";
 
 namespace {
 
+const char kSource[] = "ovlib/ps_filter_framework/SettingsUtils";
+
 // The product family's preference domains are this prefix and the reduced set name.
 const TString preferences_prefix = L"com.orvelle.";
 const TString maker_folder = L"Orvelle";
@@ -393,9 +395,9 @@ int SettingsUtils::UnpackageOldSettingsFile(OVFileSystemReference& packageFile,
                                             OVFileSystemReference& unpackedFile, bool overwrite,
                                             const OVFileVersion* packageVersion,
                                             const OVNewFileOptions& options) {
-  if (destinationFolder.IsMisusedAsFolder()) {
-    OV_AssertFailed("ovlib/ps_filter_framework/SettingsUtils", 183, "UnpackageOldSettingsFile");
-  }
+  // Line 183 rather than this one: the report reads as it always has, whatever moves in the file.
+  if (destinationFolder.IsMisusedAsFolder())
+    OV_AssertFailed(kSource, 183, "UnpackageOldSettingsFile");
   TString text;
   boost::scoped_ptr<Xml::Document> document;
   if (const int status = ReadSettingsFile(packageFile, text, document)) return status;
