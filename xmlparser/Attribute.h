@@ -30,7 +30,8 @@ class Attribute : public NodeContainer {
 
   Attribute& Clone(NodeContainer& parent) const;
 
-  // name "=" quoted value (errors 3 and 4); null when no name stands here.
+  // name "=" quoted value (PARSE_NO_EQUAL_SIGN, PARSE_INVALID_ATTRIBUTE_VALUE); null when no name
+  // stands here.
   static Attribute* Parse(Parser& parser, Element& element);
   // A quoted value into this attribute's children: text runs and references. False when no
   // quote stands here.

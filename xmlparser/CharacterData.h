@@ -82,7 +82,8 @@ class Pi : public Node {
 
   // "<?" target, data "?>"; null when no processing instruction starts here.
   static Pi* Parse(Parser& parser, NodeContainer& parent);
-  // A name that is not "xml" in any mix of cases (error 25), as a view into the parser's text.
+  // A name that is not "xml" in any mix of cases (else PARSE_PI_TARGET_XML), as a view into the
+  // parser's text.
   static bool ParsePITarget(Parser& parser, std::wstring_view& target);
 
   TString GetData() const override { return m_pData->ToString(); }

@@ -46,7 +46,7 @@ void CheckContentCharacter(Parser& parser, wchar_t c) {
 
 // Reads up to and including `terminator` (whose first character is `first`), as comments,
 // CDATA sections and processing instructions end: the end of the text or an illegal character
-// on the way raises error 2.
+// on the way raises PARSE_ILLEGAL_CHARACTER.
 template <wchar_t First>
 void ReadUpTo(Parser& parser, const wchar_t* terminator) {
   for (;;) {
@@ -162,8 +162,8 @@ bool ReadAttValue(Parser& parser, OnText text, OnReference reference) {
   }
 }
 
-// The character that the reference at the parser's "&" stands for, read; error 6 when none
-// stands there.
+// The character that the reference at the parser's "&" stands for, read;
+// PARSE_INVALID_REFERENCE when none stands there.
 wchar_t ReadReferenceCharacter(Parser& parser) {
   wchar_t character;
   if (!Private::ReadReference(parser, character)) parser.SyntaxError(PARSE_INVALID_REFERENCE);
@@ -171,7 +171,7 @@ wchar_t ReadReferenceCharacter(Parser& parser) {
 }
 
 // name "=" value, where `readValue(name)` reads the value and returns false when no quote
-// stands there (error 4).
+// stands there (PARSE_INVALID_ATTRIBUTE_VALUE).
 template <class ReadValue>
 bool ReadAttribute(Parser& parser, ReadValue readValue) {
   std::wstring_view name;

@@ -59,7 +59,7 @@ class Document : public NodeContainer {
   // A comment, processing instruction or white space: true when something was consumed.
   bool ParseMisc(Parser& parser);
   void ParseMiscs(Parser& parser);
-  // The root element (error 16 when there is none), recorded and added.
+  // The root element (PARSE_NO_ROOT when there is none), recorded and added.
   void ParseRootElement(Parser& parser);
 
  private:

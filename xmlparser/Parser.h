@@ -80,7 +80,7 @@ class Parser {
   bool ParseString(const wchar_t* s);
   bool ParseStringNoCase(const wchar_t* s);  // ASCII letters compared without case
   // White space, `keyword` and "=", as in a pseudo-attribute of the XML declaration; raises
-  // error 3 when the keyword is not followed by "=".
+  // PARSE_NO_EQUAL_SIGN when the keyword is not followed by "=".
   bool ParseDeclBegining(const wchar_t* keyword);
   // A decimal (hexadecimal) number, wrapping silently beyond 32 bits. On false the character
   // that is not a digit stays consumed.

@@ -34,7 +34,8 @@ class EntityRef : public Reference {
   // A parsed reference, in its document's arena, standing for `character`.
   EntityRef(NodeContainer& parent, const StoredText& name, wchar_t character, ArenaKey);
 
-  // "&" name ";" (error 6 when incomplete, 9 when the name is unknown); null when no "&".
+  // "&" name ";" (PARSE_INVALID_REFERENCE when incomplete, PARSE_UNKNOWN_ENTITY when the name is
+  // unknown); null when no "&".
   static EntityRef* Parse(Parser& parser, NodeContainer& parent);
   // Looks the name up again and sets the character: false when the name is unknown.
   bool MapReferenceName();
