@@ -2,8 +2,8 @@
 #include <gtest/gtest.h>
 
 #include "mac/Version.h"
+#include "tests/SettingsHome.h"
 #include "tests/mac/RunProgram.h"
-#include "tests/ovlib/SettingsHome.h"
 
 namespace {
 

@@ -20,8 +20,8 @@
 #include "platform/EventLoop.h"
 #include "tests/FaultyDisk.h"
 #include "tests/ScriptedDialogBackend.h"
+#include "tests/SettingsHome.h"
 #include "tests/mac/RunProgram.h"
-#include "tests/ovlib/SettingsHome.h"
 
 namespace {
 

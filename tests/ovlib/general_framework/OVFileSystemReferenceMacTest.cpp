@@ -9,7 +9,7 @@
 #include "ovlib/general_framework/OVFileSystemReferenceMac.h"
 #include "ovlib/ps_filter_framework/SettingsUtils.h"
 #include "tests/FaultyDisk.h"
-#include "tests/ovlib/SettingsHome.h"
+#include "tests/SettingsHome.h"
 
 namespace {
 

@@ -4,7 +4,7 @@
 #include <vector>
 
 #include "ovlib/general_framework/OVUtil.h"
-#include "tests/ovlib/SettingsHome.h"
+#include "tests/SettingsHome.h"
 
 namespace {
 

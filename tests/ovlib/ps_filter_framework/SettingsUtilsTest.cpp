@@ -5,7 +5,7 @@
 #include "ovlib/general_framework/OVUtil.h"
 #include "ovlib/ps_filter_framework/SettingsUtils.h"
 #include "tests/FaultyDisk.h"
-#include "tests/ovlib/SettingsHome.h"
+#include "tests/SettingsHome.h"
 
 namespace {
 

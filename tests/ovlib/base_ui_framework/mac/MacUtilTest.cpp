@@ -9,8 +9,8 @@
 #include "ovlib/base_ui_framework/mac/MacUtil.h"
 #include "ovlib/general_framework/OVFileSystemReferenceMac.h"
 #include "tests/ScopedVariable.h"
+#include "tests/SettingsHome.h"
 #include "tests/TempFolder.h"
-#include "tests/ovlib/SettingsHome.h"
 
 namespace {
 
