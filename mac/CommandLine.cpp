@@ -3,26 +3,12 @@
 #include <algorithm>
 #include <ostream>
 
+#include "mac/Texts.h"
 #include "mac/Version.h"
 #include "ovlib/base_ui_framework/mac/MacUtil.h"
 #include "platform/CFHolder.h"
 #include "platform/CoreFoundation.h"
 #include "platform/Terminal.h"
-
-std::string Localized(const char* key) {
-  auto keyString = CFHold(CreateCFStringRefFromString(key));
-  if (keyString == nullptr) return key;
-  auto text = CFHold(CFBundleCopyLocalizedString(CFBundleGetMainBundle(), keyString.get(),
-                                                 keyString.get(), nullptr));
-  return text != nullptr ? CreateStringFromCFStringRef(text.get()) : key;
-}
-
-std::string Localized(const char* key, const std::string& filler) {
-  std::string text = Localized(key);
-  const std::size_t marker = text.find("%0");
-  if (marker != std::string::npos) text.replace(marker, 2, filler);
-  return text;
-}
 
 int ReadCommandLine(const ProgramDescription& program, const std::vector<std::string>& arguments,
                     std::ostream& out, std::ostream& err,

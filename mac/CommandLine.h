@@ -16,11 +16,6 @@ struct ProgramDescription {
   std::vector<std::string> valuedOptions;  // options that take the next argument as their value
 };
 
-// The main bundle's text for `key` (a LOCALIZABLE_TEXT) in the user's language, for a terminal;
-// with `filler` in place of its %0.
-std::string Localized(const char* key);
-std::string Localized(const char* key, const std::string& filler);
-
 // Sorts `arguments` (those after the program's name) into option values and files. Returns -1
 // to go on with them, or the status the program is to end with: 0 after answering --help or
 // --version on `out`, 2 after saying on `err` what is wrong (an unknown option, an option without

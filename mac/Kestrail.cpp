@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "mac/Texts.h"
 #include "ovlib/base_ui_framework/mac/MacUtil.h"
 #include "ovlib/general_framework/OVUtil.h"
 #include "ovlib/ps_filter_framework/SettingsUtils.h"
@@ -20,44 +21,6 @@ const CFStringRef glimmerbox_settings_folder = CFSTR("Glimmerbox Settings");
 namespace {
 
 const char kSource[] = "mac/Kestrail";
-
-// The text for `key` in the user's language; the key itself is the text when there is no
-// translation. The caller releases it; null when there is none at all.
-CFStringRef CopyLocalizedString(CFStringRef key) {
-  return CFBundleCopyLocalizedString(CFBundleGetMainBundle(), key, key, nullptr);
-}
-
-// A string's text, or an empty one for a string that could not be had (which has been reported).
-TString TextOf(CFStringRef string) {
-  return string != nullptr ? CreateTStringFromCFStringRef(string) : TString();
-}
-
-// Markers are filled in turn, each one searched for in all that was filled before it. So that a
-// name holding "%1" is never taken for the next marker, a filler's own "%" is held as U+0001
-// meanwhile: no filler carries that control of its own, as names show theirs as escapes.
-const wchar_t kHeldPercent = L'\x01';
-
-TString WithPercentAs(TString text, wchar_t from, wchar_t to) {
-  std::replace(text.begin(), text.end(), from, to);
-  return text;
-}
-
-// `textTemplate` with `fillers` in its markers %0, %1, ...
-template <typename... Fillers>
-TString FilledText(const TString& textTemplate, const Fillers&... fillers) {
-  return WithPercentAs(
-      TStringParamReplace(&textTemplate, WithPercentAs(fillers, L'%', kHeldPercent).c_str()...),
-      kHeldPercent, L'%');
-}
-
-// The text for `key` in the user's language with `fillers` in its markers %0, %1, ...; empty when
-// there is no text at all.
-template <typename... Fillers>
-TString LocalizedText(CFStringRef key, const Fillers&... fillers) {
-  auto text = CFHold(CopyLocalizedString(key));
-  if (text == nullptr) return TString();
-  return FilledText(TextOf(text.get()), TString(fillers)...);
-}
 
 // An alert of the import flow: shown when its text can be had, else nothing.
 void ShowAlert(const TString& message) {

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "mac/CommandLine.h"
+#include "mac/Texts.h"
 #include "ovlib/base_ui_framework/mac/MacUtil.h"
 #include "ovlib/general_framework/OVFileSystemReferenceMac.h"
 #include "ovlib/ps_filter_framework/SettingsUtils.h"
