@@ -25,22 +25,11 @@
 
 namespace {
 
-enum : CFTypeID {
-  kOtherTypeID = 1,
-  kStringTypeID,
-  kURLTypeID,
-  kNumberTypeID,
-  kBooleanTypeID,
-  kArrayTypeID,
-  kDictionaryTypeID,
-  kDateTypeID,
-  kDataTypeID,
-};
-
 // A preference value other than a string. Only its kind is ever asked for, so only its kind is
 // kept.
 struct CFPropertyObject : CFObject {
   explicit CFPropertyObject(CFTypeID typeID) : m_nTypeID(typeID) {}
+  CFTypeID TypeID() const override { return m_nTypeID; }
   CFTypeID m_nTypeID;
 };
 
@@ -174,16 +163,6 @@ TString TextOf(CFStringRef string) {
 }
 
 }  // namespace
-
-CFTypeID CFStringGetTypeID() { return kStringTypeID; }
-
-CFTypeID CFGetTypeID(CFTypeRef object) {
-  const auto* cf = static_cast<const CFObject*>(object);
-  if (dynamic_cast<const CFStringObject*>(cf) != nullptr) return kStringTypeID;
-  if (dynamic_cast<const CFURLObject*>(cf) != nullptr) return kURLTypeID;
-  if (const auto* value = dynamic_cast<const CFPropertyObject*>(cf)) return value->m_nTypeID;
-  return kOtherTypeID;
-}
 
 CFPropertyListRef CFPreferencesCopyAppValue(CFStringRef key, CFStringRef applicationID) {
   if (key == nullptr || applicationID == nullptr) return nullptr;

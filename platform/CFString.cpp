@@ -79,6 +79,10 @@ std::string DisplayText(CFStringRef string) {
   return text;
 }
 
+CFTypeID CFGetTypeID(CFTypeRef object) { return static_cast<const CFObject*>(object)->TypeID(); }
+
+CFTypeID CFStringGetTypeID() { return kStringTypeID; }
+
 void CFRelease(CFTypeRef object) {
   if (object == nullptr) return;
   const CFObject* cf = static_cast<const CFObject*>(object);

@@ -9,19 +9,37 @@
 
 #include "platform/CoreFoundation.h"
 
+// The stand-in's own type identifiers, which CFGetTypeID answers.
+enum : CFTypeID {
+  kOtherTypeID = 1,
+  kStringTypeID,
+  kURLTypeID,
+  kNumberTypeID,
+  kBooleanTypeID,
+  kArrayTypeID,
+  kDictionaryTypeID,
+  kDateTypeID,
+  kDataTypeID,
+};
+
 struct CFObject {
   virtual ~CFObject() = default;
+  virtual CFTypeID TypeID() const { return kOtherTypeID; }
 
   mutable long m_nReferences = 1;
   bool m_bConstant = false;  // made by CFSTR: never freed
 };
 
 struct CFStringObject : CFObject {
+  CFTypeID TypeID() const override { return kStringTypeID; }
+
   std::vector<UniChar> m_units;
   bool m_bMadeFromUnits = false;  // lends its units through CFStringGetCharactersPtr
 };
 
 struct CFURLObject : CFObject {
+  CFTypeID TypeID() const override { return kURLTypeID; }
+
   std::string m_strText;  // the URL as written, escapes included
 };
 
