@@ -2,7 +2,6 @@
 // Every call works inside a held folder, by one name there (PosixFiles.h).
 #include "platform/Files.h"
 
-#include <sys/xattr.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -13,6 +12,7 @@
 #include <vector>
 
 #include "platform/DiskBackend.h"
+#include "platform/internal/FinderInfo.h"
 #include "platform/internal/PosixFiles.h"
 #include "platform/internal/Unicode.h"
 
@@ -66,78 +66,6 @@ OSErr ComponentOf(UniCharCount nameLength, const UniChar* name, std::string& com
   if (component.size() > 255) return errFSNameTooLong;
   if (component == "." || component == ".." || IsTemporaryName(component)) return bdNamErr;
   return noErr;
-}
-
-// Finder information lives in one 32-byte extended attribute: the 16 bytes of FileInfo or
-// FolderInfo, then the 16 of their extended forms, every field big-endian. The widths say how to
-// turn each of the four layouts into host byte order and back.
-const char kFinderInfoAttribute[] = "user.com.apple.FinderInfo";
-const int kFileInfoWidths[] = {4, 4, 2, 2, 2, 2, 0};
-const int kFolderInfoWidths[] = {2, 2, 2, 2, 2, 2, 2, 2, 0};
-const int kExtendedFileInfoWidths[] = {2, 2, 2, 2, 2, 2, 4, 0};
-const int kExtendedFolderInfoWidths[] = {2, 2, 4, 2, 2, 4, 0};
-
-// Converts 16 bytes between big-endian and host order field by field; the same step serves both
-// ways, since swapping is its own inverse.
-void SwapFields(const int* widths, const UInt8* from, UInt8* to) {
-  for (; *widths != 0; from += *widths, to += *widths, ++widths) {
-    if (*widths == 2) {
-      const UInt16 value = static_cast<UInt16>((from[0] << 8) | from[1]);
-      std::memcpy(to, &value, 2);
-    } else {
-      const UInt32 value = (static_cast<UInt32>(from[0]) << 24) |
-                           (static_cast<UInt32>(from[1]) << 16) |
-                           (static_cast<UInt32>(from[2]) << 8) | from[3];
-      std::memcpy(to, &value, 4);
-    }
-  }
-}
-
-void HostToBigEndian(const int* widths, const UInt8* from, UInt8* to) {
-  for (; *widths != 0; from += *widths, to += *widths, ++widths) {
-    UInt32 value = 0;
-    if (*widths == 2) {
-      UInt16 field;
-      std::memcpy(&field, from, 2);
-      value = field;
-    } else {
-      std::memcpy(&value, from, 4);
-    }
-    for (int i = 0; i < *widths; ++i) to[i] = static_cast<UInt8>(value >> (8 * (*widths - 1 - i)));
-  }
-}
-
-void ReadFinderInfo(const ObjectOnDisk& object, FSCatalogInfo& info) {
-  std::memset(info.finderInfo, 0, sizeof info.finderInfo);
-  std::memset(info.extFinderInfo, 0, sizeof info.extFinderInfo);
-  UInt8 raw[32];
-  // Reached through the folder's handle: a held folder itself, anything else by its name in its
-  // folder, never following a link there. A missing attribute, or a file system (or link)
-  // without them, reads as zeros.
-  const ssize_t size =
-      object.m_nSelf != kNoFolder
-          ? getxattr(PathThroughHeld(object.m_nSelf).c_str(), kFinderInfoAttribute, raw, sizeof raw)
-          : lgetxattr(PathThroughHeld(object.m_nFolder, object.m_strName).c_str(),
-                      kFinderInfoAttribute, raw, sizeof raw);
-  if (size != sizeof raw) return;
-  const bool folder = object.m_bIsDirectory;
-  SwapFields(folder ? kFolderInfoWidths : kFileInfoWidths, raw, info.finderInfo);
-  SwapFields(folder ? kExtendedFolderInfoWidths : kExtendedFileInfoWidths, raw + 16,
-             info.extFinderInfo);
-}
-
-// Writes the Finder information of the object that `path` leads to, a descriptor's path in
-// /proc. 0 or an errno value. File systems without extended attributes still get the object.
-int WriteFinderInfo(const std::string& path, bool folder, FSCatalogInfoBitmap whichInfo,
-                    const FSCatalogInfo& info) {
-  UInt8 raw[32] = {};
-  if (whichInfo & kFSCatInfoFinderInfo)
-    HostToBigEndian(folder ? kFolderInfoWidths : kFileInfoWidths, info.finderInfo, raw);
-  if (whichInfo & kFSCatInfoFinderXInfo)
-    HostToBigEndian(folder ? kExtendedFolderInfoWidths : kExtendedFileInfoWidths,
-                    info.extFinderInfo, raw + 16);
-  if (setxattr(path.c_str(), kFinderInfoAttribute, raw, sizeof raw, 0) == 0) return 0;
-  return errno == ENOTSUP || errno == EOPNOTSUPP ? 0 : errno;
 }
 
 // The catalog information that the create calls can set: Finder information only.
