@@ -171,13 +171,6 @@ OSErr HoldDescribed(int fd, UInt32 folder, const std::string& name, ObjectOnDisk
   return Held().Hold(fd, object.m_identity, folder, name, object.m_nSelf);
 }
 
-// Splits an absolute path into its folder and last component; "/" has no last component.
-void SplitPath(const std::string& path, std::string& folder, std::string& name) {
-  const std::size_t slash = path.rfind('/');
-  folder = slash == 0 ? std::string("/") : path.substr(0, slash);
-  name = path.substr(slash + 1);
-}
-
 // Looked at directly rather than through the disk backend: a fixed fact of the system, which a
 // test's failing backend must not change for the rest of the process.
 const ObjectIdentity& RootIdentity() {
@@ -211,6 +204,12 @@ OSErr FindPlace(const std::string& path, const ObjectIdentity& identity, UInt32&
 }
 
 }  // namespace
+
+void SplitPath(const std::string& path, std::string& folder, std::string& name) {
+  const std::size_t slash = path.rfind('/');
+  folder = slash == 0 ? std::string(1, '/') : path.substr(0, slash);
+  name = path.substr(slash + 1);
+}
 
 int HeldDescriptor(UInt32 folder) {
   const HeldFolders::Entry* entry = Held().Find(folder);

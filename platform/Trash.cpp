@@ -54,7 +54,8 @@ UInt64 DeviceOf(const struct statx& status) {
 bool HasOwnFolder(const std::string& path, bool make, std::vector<std::string>& made) {
   struct statx status;
   if (!LookAtPath(path, status)) {
-    const std::string parent = path.substr(0, path.rfind('/'));
+    std::string parent, name;
+    SplitPath(path, parent, name);
     if (!make) return ActiveDiskBackend().MayChange(AT_FDCWD, parent.c_str()) == 0;
     if (ActiveDiskBackend().MakeFolder(AT_FDCWD, path.c_str(), 0700) != 0) return false;
     made.push_back(path);
@@ -79,15 +80,15 @@ bool HasTrash(const std::string& folder, const std::string& top, bool make, Tras
 // The top folder of the file system `device` that holds `path`: its highest folder on it. False
 // when a folder on the way cannot be looked at: a Trash made lower down would be no one's.
 bool FindTopFolder(const std::string& path, UInt64 device, std::string& top) {
-  top = path.substr(0, path.rfind('/'));
-  while (!top.empty()) {
-    const std::string parent = top.substr(0, top.rfind('/'));
+  std::string parent, name;
+  SplitPath(path, top, name);
+  while (top != "/") {
+    SplitPath(top, parent, name);
     struct statx status;
-    if (!LookAtPath(parent.empty() ? "/" : parent, status)) return false;
+    if (!LookAtPath(parent, status)) return false;
     if (DeviceOf(status) != device) break;
     top = parent;
   }
-  if (top.empty()) top.assign(1, '/');  // (not = "/": GCC 12 warns of a false overlap)
   return true;
 }
 

@@ -52,6 +52,9 @@ bool UserBaseFolder(const char* variable, const char* underHome, std::string& pa
 // The Mac status for a failed POSIX call's errno.
 OSErr MacErrorFromErrno(int error);
 
+// Splits an absolute path into its folder and last component; "/" has no last component.
+void SplitPath(const std::string& path, std::string& folder, std::string& name);
+
 // The descriptor of a held folder; -1 for kNoFolder and for a folder let go once it was deleted.
 int HeldDescriptor(UInt32 folder);
 
