@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <memory>
 #include <new>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -137,8 +138,14 @@ struct Outcome {
   bool m_bReplacedIntoTheTrash = false;  // the setting it replaced is in the Trash
 };
 
-// Notes where an installed setting went, for the summary.
-void NoteWhereItWent(Outcome& outcome) {
+// Ends `outcome` as its install's last step ended. An installed setting notes where it went at
+// once: a later file of the batch may replace it.
+void EndOutcome(const StepEnd& end, Outcome& outcome) {
+  outcome.m_nGroup = end.m_nWay == StepEnd::kKeptTheFile ? Outcome::kKept
+                     : end.m_nWay == StepEnd::kAlert     ? Outcome::kFailed
+                                                         : Outcome::kInstalled;
+  outcome.m_strMessage = end.m_strMessage;
+  if (outcome.m_nGroup != Outcome::kInstalled) return;
   OVFileSystemReference folder;
   outcome.m_installed.GetName(outcome.m_strInstalledName);
   if (outcome.m_installed.MakeParentReference(folder) == 0) folder.GetPath(outcome.m_strFolder);
@@ -163,8 +170,7 @@ struct Batch {
   std::size_t m_nFiles;
   std::size_t m_nCurrent = 0;  // the file being installed, counted from 0
   // The Glimmerbox folder is asked for once, when the first Glimmerbox setting needs it.
-  bool m_bAskedForGlimmerbox = false;
-  int m_nGlimmerboxStatus = -1;
+  std::optional<int> m_nGlimmerboxStatus;  // none until asked
   OVFileSystemReference m_glimmerboxFolder;
   // The answer the user gave for every later name that is taken; -1 until then. Whether the
   // question it answered said the setting would be deleted for good.
@@ -196,25 +202,19 @@ void NameTheWaiting(Batch& batch) {
                                      setting.m_examined, batch, false, outcome);
     else if (named[i].m_nStatus != noErr)
       end = Failure();
-    if (end.m_nWay == StepEnd::kKeptTheFile) outcome.m_nGroup = Outcome::kKept;
-    if (end.m_nWay == StepEnd::kAlert) {
-      outcome.m_nGroup = Outcome::kFailed;
-      outcome.m_strMessage = end.m_strMessage;
-    }
-    if (outcome.m_nGroup == Outcome::kInstalled) NoteWhereItWent(outcome);
+    EndOutcome(end, outcome);
   }
 }
 
 // The Glimmerbox folder: asked for the first time a setting needs it; the answer serves the
 // rest of the batch, so that a pack of Glimmerbox settings asks once.
 int GlimmerboxFolder(Batch& batch, OVFileSystemReference& folder) {
-  if (!batch.m_bAskedForGlimmerbox) {
+  if (!batch.m_nGlimmerboxStatus) {
     NameTheWaiting(batch);  // what came before is installed while the user chooses
-    batch.m_bAskedForGlimmerbox = true;
     batch.m_nGlimmerboxStatus = AskUserForGlimmerboxFolder(batch.m_glimmerboxFolder);
   }
   folder = batch.m_glimmerboxFolder;
-  return batch.m_nGlimmerboxStatus;
+  return *batch.m_nGlimmerboxStatus;
 }
 
 // Copies or unpacks the setting into `destination` as `installed`: over a setting of its name
@@ -349,14 +349,12 @@ void InstallSetting(SettingFileRoutingInfo& info, const OVFileVersion& examined,
   const bool stage = batch.m_pNaming != nullptr;
   if (!end)
     end = WriteAskingBeforeReplace(info, destination, name, examined, batch, stage, outcome);
-  outcome.m_nGroup = end.m_nWay == StepEnd::kKeptTheFile ? Outcome::kKept
-                     : end.m_nWay == StepEnd::kAlert     ? Outcome::kFailed
-                                                         : Outcome::kInstalled;
-  outcome.m_strMessage = end.m_strMessage;
-  if (!end && !stage) NoteWhereItWent(outcome);
+  // A setting that waits to be named ends only then.
   if (!end && stage) {
     batch.m_vecWaiting.push_back({batch.m_vecOutcomes.size(), info, examined, destination, name});
+    return;
   }
+  EndOutcome(end, outcome);
 }
 
 // Examines one file and installs it, keeping how it ended in the batch's outcomes.

@@ -166,16 +166,10 @@ OSErr MacErrorFromErrno(int error) {
 OSErr FSFlushVolume(FSVolumeRefNum vRefNum) {
   for (const auto& [device, volume] : Volumes()) {
     if (volume != vRefNum) continue;
-    // A file system is reached through a folder on it, opened for reading as syncfs needs.
+    // A file system is reached through a folder held on it.
     const int held = HeldDescriptorOnDevice(device);
     if (held < 0) return nsvErr;
-    DiskBackend& disk = ActiveDiskBackend();
-    int fd;
-    int error = disk.Open(held, ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC, 0, fd);
-    if (error != 0) return MacErrorFromErrno(error);
-    error = disk.FlushFileSystem(fd);
-    close(fd);
-    return MacErrorFromErrno(error);
+    return MacErrorFromErrno(FlushFolderAt(held, ".", true));
   }
   return nsvErr;
 }

@@ -416,16 +416,21 @@ void FSEndDeferredFolderFlush() {
   delete folders;
 }
 
+int FlushFolderAt(int at, const char* name, bool wholeFileSystem) {
+  DiskBackend& disk = ActiveDiskBackend();
+  int fd;
+  // Held folders are held without read access; flushing needs a descriptor opened for reading.
+  int error = disk.Open(at, name, O_RDONLY | O_DIRECTORY | O_CLOEXEC, 0, fd);
+  if (error != 0) return error;
+  error = wholeFileSystem ? disk.FlushFileSystem(fd) : disk.Flush(fd);
+  close(fd);
+  return error;
+}
+
 void FlushFolder(UInt32 folder) {
   if (s_pDeferredFlushes != nullptr) {
     s_pDeferredFlushes->insert(folder);
     return;
   }
-  DiskBackend& disk = ActiveDiskBackend();
-  int fd;
-  // Held without read access; flushing needs a descriptor that was opened for reading.
-  if (disk.Open(HeldDescriptor(folder), ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC, 0, fd) != 0)
-    return;
-  disk.Flush(fd);
-  close(fd);
+  FlushFolderAt(HeldDescriptor(folder), ".", false);
 }

@@ -23,7 +23,6 @@
 #include "platform/DiskBackend.h"
 #include "platform/desktop/Desktop.h"
 #include "platform/internal/PosixFiles.h"
-#include "platform/internal/Unicode.h"
 
 namespace {
 
@@ -154,16 +153,6 @@ int WriteDurably(int fd, const std::string& text) {
   return disk.Flush(fd);
 }
 
-int FlushFolderAt(const std::string& path) {
-  DiskBackend& disk = ActiveDiskBackend();
-  int fd;
-  int error = disk.Open(AT_FDCWD, path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC, 0, fd);
-  if (error != 0) return error;
-  error = disk.Flush(fd);
-  close(fd);
-  return error;
-}
-
 // Names the record `name`.trashinfo, made here and never over another, with the object's place
 // and the moment; `name` is the object's own, then "name.2", "name.3", ... while one is taken.
 int WriteRecord(const TrashFolders& trash, const std::string& own, const std::string& path,
@@ -194,18 +183,26 @@ int WriteRecord(const TrashFolders& trash, const std::string& own, const std::st
   return EEXIST;
 }
 
+// The object `ref` names, its path, and the Trash for it, found or, with `make`, made: noErr,
+// noTrashErr, or the error of a reference that names nothing movable.
+OSErr FindTrashFor(const FSRef* ref, bool make, ObjectOnDisk& object, std::string& path,
+                   TrashFolders& trash) {
+  OSErr err = ResolveReference(ref, object);
+  if (err == noErr) err = Locate(object);
+  if (err == noErr && (IsRoot(object) || object.m_nFolder == kNoFolder)) err = paramErr;
+  if (err == noErr) err = CurrentPath(object, path);
+  if (err != noErr) return err;
+  return FindTrash(path, object.m_identity.m_nDevice, make, trash) ? noErr : noTrashErr;
+}
+
 }  // namespace
 
 OSStatus FSMoveObjectToTrashSync(const FSRef* source, FSRef* target, OptionBits options) {
   ObjectOnDisk object;
   std::string path;
-  OSErr err = ResolveReference(source, object);
-  if (err == noErr) err = Locate(object);
-  if (err == noErr && (IsRoot(object) || object.m_nFolder == kNoFolder)) err = paramErr;
-  if (err == noErr) err = CurrentPath(object, path);
-  if (err != noErr) return err;
   TrashFolders trash;
-  if (!FindTrash(path, object.m_identity.m_nDevice, true, trash)) return noTrashErr;
+  const OSErr err = FindTrashFor(source, true, object, path, trash);
+  if (err != noErr) return err;
   std::string name;
   int error = WriteRecord(trash, object.m_strName, path, name);
   if (error != 0) return MacErrorFromErrno(error);
@@ -217,24 +214,22 @@ OSStatus FSMoveObjectToTrashSync(const FSRef* source, FSRef* target, OptionBits 
               ? disk.Link(folder, object.m_strName.c_str(), AT_FDCWD, files.c_str())
               : disk.Rename(folder, object.m_strName.c_str(), AT_FDCWD, files.c_str(), false);
   // The record and the object in the Trash are durable before anything else changes.
-  if (error == 0) error = FlushFolderAt(trash.m_strFiles);
-  if (error == 0) error = FlushFolderAt(trash.m_strInfo);
+  if (error == 0) error = FlushFolderAt(AT_FDCWD, trash.m_strFiles.c_str(), false);
+  if (error == 0) error = FlushFolderAt(AT_FDCWD, trash.m_strInfo.c_str(), false);
   if (error != 0) {
     disk.Remove(AT_FDCWD, files.c_str(), false);
     disk.Remove(AT_FDCWD, record.c_str(), false);
     return error == EXDEV || error == EPERM ? noTrashErr : MacErrorFromErrno(error);
   }
   if ((options & kFSFileOperationLeaveSourceInPlace) == 0) FlushFolder(object.m_nFolder);
-  FSRef filesFolder, trashed;
-  std::vector<UniChar> units;
+  // The object in the Trash, reached through its held "files" folder like any other.
+  FSRef filesFolder;
+  ObjectOnDisk held, trashed;
   if (FSPathMakeRef(reinterpret_cast<const UInt8*>(trash.m_strFiles.c_str()), &filesFolder,
                     nullptr) == noErr &&
-      DecodeUtf8(reinterpret_cast<const UInt8*>(name.data()), name.size(), units) &&
-      FSMakeFSRefUnicode(&filesFolder, units.size(), units.data(), kTextEncodingUnicodeDefault,
-                         &trashed) == noErr) {
-    ObjectOnDisk held;
-    if (ResolveReference(&filesFolder, held) == noErr) Records()[{held.m_nSelf, name}] = record;
-    if (target != nullptr) *target = trashed;
+      ResolveReference(&filesFolder, held) == noErr && LookAt(held.m_nSelf, name, trashed) == 0) {
+    Records()[{held.m_nSelf, name}] = record;
+    if (target != nullptr) MakeReference(trashed, target);
   }
   return noErr;
 }
@@ -243,9 +238,7 @@ Boolean FSCanMoveObjectToTrash(const FSRef* ref) {
   ObjectOnDisk object;
   std::string path;
   TrashFolders trash;
-  return ResolveReference(ref, object) == noErr && Locate(object) == noErr && !IsRoot(object) &&
-         object.m_nFolder != kNoFolder && CurrentPath(object, path) == noErr &&
-         FindTrash(path, object.m_identity.m_nDevice, false, trash);
+  return FindTrashFor(ref, false, object, path, trash) == noErr;
 }
 
 void ForgetTrashRecord(UInt32 folder, const std::string& name) {

@@ -108,6 +108,10 @@ std::string DescriptorPath(int fd, const std::string& name = std::string());
 // The same through the descriptor of the held folder `folder`.
 std::string PathThroughHeld(UInt32 folder, const std::string& name = std::string());
 
+// Makes the names in the folder `name` (in `at`, or AT_FDCWD with a path) durable, or with
+// `wholeFileSystem` everything written to its file system. 0 or an errno value.
+int FlushFolderAt(int at, const char* name, bool wholeFileSystem);
+
 // Makes the names in the held folder `folder` durable. A failure is not passed on: it comes after
 // the change, which stands and cannot be taken back.
 void FlushFolder(UInt32 folder);
