@@ -19,6 +19,8 @@
 #include "bench/ProcessMemory.h"
 #include "ovlib/general_framework/OVFileSystemReferenceMac.h"
 #include "ovlib/ps_filter_framework/SettingsUtils.h"
+#include "platform/Memory.h"
+#include "xmlparser/Xml.h"
 
 namespace {
 
@@ -227,6 +229,8 @@ Result RunChild(const fs::path& self, const fs::path& work, const char* mode,
 }  // namespace
 
 int main(int argc, char** argv) {
+  // Documents take their memory as the programs' do.
+  Xml::SetMemoryFunctions({AllocateMemoryBlock, FreeMemoryBlock, PrepareMemoryForWriting});
   if (argc == 4) return Run(argv[1], argv[2], argv[3]);
   const fs::path self = fs::read_symlink("/proc/self/exe");
   const fs::path work =

@@ -10,6 +10,7 @@
 
 #include "bench/Inputs.h"
 #include "ovlib/general_framework/OVUtil.h"
+#include "platform/Memory.h"
 #include "xmlparser/Xml.h"
 
 namespace {
@@ -55,4 +56,11 @@ BENCHMARK(BM_TextAndReferences10MB)->Unit(benchmark::kMillisecond)->MinTime(2);
 
 }  // namespace
 
-BENCHMARK_MAIN();
+int main(int argc, char** argv) {
+  // Documents take their memory as the programs' do.
+  Xml::SetMemoryFunctions({AllocateMemoryBlock, FreeMemoryBlock, PrepareMemoryForWriting});
+  benchmark::Initialize(&argc, argv);
+  benchmark::RunSpecifiedBenchmarks();
+  benchmark::Shutdown();
+  return 0;
+}

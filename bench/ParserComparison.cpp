@@ -25,6 +25,7 @@
 #include "bench/Inputs.h"
 #include "bench/ProcessMemory.h"
 #include "ovlib/general_framework/OVUtil.h"
+#include "platform/Memory.h"
 #include "xmlparser/Xml.h"
 
 namespace {
@@ -169,6 +170,8 @@ struct Check {
 }  // namespace
 
 int main(int argc, char** argv) {
+  // Documents take their memory as the programs' do.
+  Xml::SetMemoryFunctions({AllocateMemoryBlock, FreeMemoryBlock, PrepareMemoryForWriting});
   if (argc == 5 && std::string(argv[1]) == "--run") {
     return Measure(argv[2], argv[3], std::string(argv[4]) == "retained");
   }

@@ -13,7 +13,9 @@
 #include "ovlib/ps_filter_framework/SettingsUtils.h"
 #include "platform/CoreFoundation.h"
 #include "platform/Files.h"
+#include "platform/Memory.h"
 #include "platform/Terminal.h"
+#include "xmlparser/Xml.h"
 
 namespace {
 
@@ -103,6 +105,9 @@ bool Package(const std::string& path, const OVFileSystemReference* into) {
 }  // namespace
 
 int main(int argc, char** argv) {
+  // A large setting's document takes its memory as a whole file's text does: in large pages,
+  // faulted in ahead of the parser.
+  Xml::SetMemoryFunctions({AllocateMemoryBlock, FreeMemoryBlock, PrepareMemoryForWriting});
   std::map<std::string, std::string> values;
   std::vector<std::string> files;
   const int status = ReadCommandLine(kKestrailPack, std::vector<std::string>(argv + 1, argv + argc),

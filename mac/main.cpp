@@ -6,6 +6,8 @@
 #include "mac/Kestrail.h"
 #include "platform/CoreFoundation.h"
 #include "platform/EventLoop.h"
+#include "platform/Memory.h"
+#include "xmlparser/Xml.h"
 
 namespace {
 
@@ -40,6 +42,9 @@ int ReadKestrailCommandLine(const std::vector<std::string>& arguments, std::ostr
 }  // namespace
 
 int main() {
+  // A large setting's document takes its memory as a whole file's text does: in large pages,
+  // faulted in ahead of the parser.
+  Xml::SetMemoryFunctions({AllocateMemoryBlock, FreeMemoryBlock, PrepareMemoryForWriting});
   SetCommandLineReader(ReadKestrailCommandLine);
   const OSErr status = AEInstallEventHandler(kCoreEventClass, kAEOpenDocuments,
                                              KestrailHandleOpenAppleEvent, 0, false);

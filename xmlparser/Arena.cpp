@@ -1,21 +1,15 @@
 #include "xmlparser/Arena.h"
 
-#include <sys/mman.h>
-
 #include <cstdint>
 #include <new>
 
+#include "xmlparser/Memory.h"
 #include "xmlparser/Private.h"
 
-#if defined(__SANITIZE_ADDRESS__)
-#define KESTRAIL_KEEP_SPARE_BLOCKS 0
-#elif defined(__has_feature)
-#if __has_feature(address_sanitizer)
-#define KESTRAIL_KEEP_SPARE_BLOCKS 0
-#endif
-#endif
-#ifndef KESTRAIL_KEEP_SPARE_BLOCKS
-#define KESTRAIL_KEEP_SPARE_BLOCKS 1
+// Builds with the sanitizers define this as 0, so that a node used after its document is gone
+// is reported rather than read from a spare block.
+#ifndef XML_KEEP_SPARE_BLOCKS
+#define XML_KEEP_SPARE_BLOCKS 1
 #endif
 
 namespace Xml {
@@ -23,21 +17,26 @@ namespace Xml {
 struct ArenaBlock {
   ArenaBlock* next;
   std::size_t size;   // with this header
-  std::size_t ready;  // the bytes from the block's start whose pages are in memory
+  std::size_t ready;  // the bytes from the block's start that were prepared for writing
+  void (*deallocate)(void* block, std::size_t bytes);  // the routine of the one that gave it
 };
 
 namespace {
 
 const std::size_t kFirstBlock = 16 * 1024;
 const std::size_t kLargestBlock = 64 * 1024 * 1024;
-const std::size_t kLargePage = 2 * 1024 * 1024;
-// Pages are faulted in a large page at a time with one call, rather than one by one as they
-// are first written; a block's unused end costs no memory.
-const std::size_t kReadyStep = kLargePage;
+// Blocks are prepared this much at a time, rather than whole: a block's unused end is never
+// touched, and the preparation of a part is still one call for many pages.
+const std::size_t kReadyStep = 2 * 1024 * 1024;
+
+void* AllocateWithNew(std::size_t bytes) { return ::operator new(bytes, std::nothrow); }
+void DeleteWithDelete(void* block, std::size_t) { ::operator delete(block); }
+
+// Constant-initialized, so that it holds before any other object is made.
+MemoryFunctions s_functions = {AllocateWithNew, DeleteWithDelete, nullptr};
 
 // Blocks of released arenas, kept for the next document on this thread, as a program that
-// parses once is likely to parse again something of the same size. Sanitizer builds free
-// them instead, so that a node used after its document is gone is reported.
+// parses once is likely to parse again something of the same size.
 struct Spares {
   ArenaBlock* blocks = nullptr;
   bool gone = false;  // after this thread's exit: blocks are freed at once
@@ -46,51 +45,19 @@ struct Spares {
 
 thread_local Spares t_spares;
 
-std::uintptr_t RoundUp(std::uintptr_t value, std::uintptr_t unit) {
-  return (value + unit - 1) & ~(unit - 1);
-}
-
-// Whether a block of `size` bytes is a mapping of its own, in large pages, rather than from the
-// heap.
-bool IsMapped(std::size_t size) { return size >= 2 * kLargePage; }
-
-// A new block of `size` bytes. From two large pages on, a block is a mapping of its own,
-// aligned to and advised into the large pages the system offers: a tree of hundreds of
-// megabytes in small pages spends much of its time translating addresses (a 64 MB setting
-// parsed at 150-210 MB/s against 250 for a 1 MB one; in large pages at 220-235).
 ArenaBlock* AllocateBlock(std::size_t size) {
-  ArenaBlock* block;
-  if (!IsMapped(size)) {
-    block = static_cast<ArenaBlock*>(::operator new(size));
-  } else {
-    size = RoundUp(size, kLargePage);
-    void* mapped = mmap(nullptr, size + kLargePage, PROT_READ | PROT_WRITE,
-                        MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
-    if (mapped == MAP_FAILED) throw std::bad_alloc();
-    // Trimmed to whole large pages.
-    auto* start = static_cast<char*>(mapped);
-    auto* aligned =
-        reinterpret_cast<char*>(RoundUp(reinterpret_cast<std::uintptr_t>(start), kLargePage));
-    if (aligned > start) munmap(start, aligned - start);
-    munmap(aligned + size, start + kLargePage - aligned);
-#ifdef MADV_HUGEPAGE
-    madvise(aligned, size, MADV_HUGEPAGE);
-#endif
-    block = reinterpret_cast<ArenaBlock*>(aligned);
-  }
+  auto* block = static_cast<ArenaBlock*>(s_functions.allocate(size));
+  if (block == nullptr) throw std::bad_alloc();
   block->size = size;
   block->ready = sizeof(ArenaBlock);
+  block->deallocate = s_functions.deallocate;
   return block;
 }
 
 void FreeBlocks(ArenaBlock* block) {
   while (block != nullptr) {
     ArenaBlock* next = block->next;
-    if (IsMapped(block->size)) {
-      munmap(block, block->size);
-    } else {
-      ::operator delete(block);
-    }
+    block->deallocate(block, block->size);
     block = next;
   }
 }
@@ -114,19 +81,6 @@ ArenaBlock* TakeSpare(std::size_t bytes) {
   return block;
 }
 
-void Populate(void* memory, std::size_t bytes) {
-#ifdef MADV_POPULATE_WRITE
-  const std::uintptr_t page = 4096;
-  const std::uintptr_t begin = RoundUp(reinterpret_cast<std::uintptr_t>(memory), page);
-  const std::uintptr_t end = (reinterpret_cast<std::uintptr_t>(memory) + bytes) & ~(page - 1);
-  // Older kernels refuse the advice; the pages then fault in as they are used.
-  if (end > begin) madvise(reinterpret_cast<void*>(begin), end - begin, MADV_POPULATE_WRITE);
-#else
-  (void)memory;
-  (void)bytes;
-#endif
-}
-
 const int kMaxProbes = 16;
 
 std::size_t Hash(std::wstring_view name) {
@@ -137,6 +91,10 @@ std::size_t Hash(std::wstring_view name) {
 
 }  // namespace
 
+MemoryFunctions DefaultMemoryFunctions() { return {AllocateWithNew, DeleteWithDelete, nullptr}; }
+
+void SetMemoryFunctions(const MemoryFunctions& functions) { s_functions = functions; }
+
 void ReleaseSpareBlocks() {
   FreeBlocks(t_spares.blocks);
   t_spares.blocks = nullptr;
@@ -144,7 +102,7 @@ void ReleaseSpareBlocks() {
 
 Arena::~Arena() {
   ArenaBlock* blocks = m_pBlocks;
-  if (!KESTRAIL_KEEP_SPARE_BLOCKS || t_spares.gone) {
+  if (!XML_KEEP_SPARE_BLOCKS || t_spares.gone) {
     FreeBlocks(blocks);
     return;
   }
@@ -162,12 +120,15 @@ void Arena::Refill(std::size_t bytes) {
   if (block == nullptr || static_cast<std::size_t>(blockEnd - m_pFree) < bytes) {
     // A spare block serves whenever it holds the request; fresh blocks grow with the
     // document, so that a large one needs few of them.
-    block = KESTRAIL_KEEP_SPARE_BLOCKS ? TakeSpare(sizeof(ArenaBlock) + bytes) : nullptr;
+    block = XML_KEEP_SPARE_BLOCKS ? TakeSpare(sizeof(ArenaBlock) + bytes) : nullptr;
     if (block == nullptr) {
       std::size_t size = m_nBlockBytes < kFirstBlock     ? kFirstBlock
                          : m_nBlockBytes > kLargestBlock ? kLargestBlock
                                                          : m_nBlockBytes;
       if (size < sizeof(ArenaBlock) + bytes) size = sizeof(ArenaBlock) + bytes;
+      // A block made for one large text is a whole number of steps, so that the nodes after
+      // the text fill the rest of its last step rather than a step of another block.
+      if (size > kReadyStep) size = (size + kReadyStep - 1) / kReadyStep * kReadyStep;
       block = AllocateBlock(size);
     }
     block->next = m_pBlocks;
@@ -181,7 +142,8 @@ void Arena::Refill(std::size_t bytes) {
   const std::size_t wanted = static_cast<std::size_t>(m_pFree - start) + bytes;
   std::size_t ready = wanted + kReadyStep < block->size ? wanted + kReadyStep : block->size;
   if (ready > block->ready) {
-    Populate(start + block->ready, ready - block->ready);
+    if (s_functions.prepare != nullptr)
+      s_functions.prepare(start + block->ready, ready - block->ready);
     block->ready = ready;
   }
   m_pEnd = start + (block->ready > ready ? block->ready : ready);

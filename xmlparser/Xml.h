@@ -9,6 +9,7 @@
 #include "xmlparser/Element.h"
 #include "xmlparser/Exception.h"
 #include "xmlparser/GenerateContext.h"
+#include "xmlparser/Memory.h"
 #include "xmlparser/Node.h"
 #include "xmlparser/Parser.h"
 #include "xmlparser/ParsingException.h"
