@@ -18,6 +18,7 @@
 #include "platform/CFHolder.h"
 #include "platform/EventLoop.h"  // ProgramName
 #include "platform/Terminal.h"
+#include "platform/TextDecoding.h"
 #include "platform/internal/CFObject.h"
 #include "platform/internal/PosixFiles.h"  // UserBaseFolder
 #include "platform/internal/Unicode.h"
@@ -101,21 +102,14 @@ Owned LookUp(const Xml::Document& document, const TString& key) {
   return found;
 }
 
-// The text of a preferences file: UTF-16 after a byte-order mark, else UTF-8.
+// The text of a preferences file, in the forms a settings file may take.
 bool Decode(const std::string& bytes, TString& text) {
-  auto byte = [&](std::size_t i) { return static_cast<unsigned char>(bytes[i]); };
-  if (bytes.size() >= 2 &&
-      ((byte(0) == 0xFE && byte(1) == 0xFF) || (byte(0) == 0xFF && byte(1) == 0xFE))) {
-    const bool bigEndian = byte(0) == 0xFE;
-    for (std::size_t i = 2; i + 1 < bytes.size(); i += 2) {
-      text +=
-          static_cast<wchar_t>(bigEndian ? byte(i) << 8 | byte(i + 1) : byte(i + 1) << 8 | byte(i));
-    }
-    return true;
-  }
-  std::vector<UniChar> units;
-  if (!DecodeUtf8(reinterpret_cast<const UInt8*>(bytes.data()), bytes.size(), units)) return false;
-  text.assign(units.begin(), units.end());
+  const auto* begin = reinterpret_cast<const UInt8*>(bytes.data());
+  const TextForm form = DetectTextForm(begin, bytes.size());
+  text.resize(DecodedTextLength(begin, bytes.size(), form));
+  wchar_t* out = text.data();
+  if (!DecodeText(begin, bytes.size(), form, out)) return false;
+  text.resize(static_cast<std::size_t>(out - text.data()));
   return true;
 }
 

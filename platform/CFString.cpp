@@ -6,6 +6,7 @@
 #include <map>
 #include <string>
 
+#include "platform/TextDecoding.h"
 #include "platform/internal/CFObject.h"
 #include "platform/internal/Unicode.h"
 
@@ -45,10 +46,12 @@ bool Encode(CFStringRef string, CFStringEncoding encoding, std::string& bytes) {
 CFStringRef CreateFromBytes(const UInt8* bytes, std::size_t count, CFStringEncoding encoding) {
   // A text file saved with a UTF-8 byte-order mark means the same as one without: the mark is not
   // part of the text, and a settings file that starts with one must still start with its "[".
-  if (encoding == kCFStringEncodingUTF8 && count >= 3 && bytes[0] == 0xEF && bytes[1] == 0xBB &&
-      bytes[2] == 0xBF) {
-    bytes += 3;
-    count -= 3;
+  if (encoding == kCFStringEncodingUTF8) {
+    const TextForm form = DetectTextForm(bytes, count);
+    if (form.encoding == TextEncodingForm::kUtf8) {
+      bytes += form.start;
+      count -= form.start;
+    }
   }
   std::vector<UniChar> units;
   if (!Decode(bytes, count, encoding, units)) return nullptr;

@@ -3,7 +3,7 @@
 
 #include <cstring>
 
-#include "platform/Utf8.h"
+#include "platform/TextDecoding.h"
 
 namespace {
 

@@ -1,6 +1,6 @@
 #include "platform/internal/Unicode.h"
 
-#include "platform/Utf8.h"
+#include "platform/TextDecoding.h"
 
 namespace {
 

@@ -9,7 +9,7 @@
 #include "platform/CoreFoundation.h"
 #include "platform/Memory.h"
 #include "platform/Terminal.h"
-#include "platform/Utf8.h"
+#include "platform/TextDecoding.h"
 
 namespace {
 
@@ -26,36 +26,19 @@ wchar_t* SizeExactly(TString& text, std::size_t length) {
   return text.data();
 }
 
-// Decodes UTF-8 straight into `text`, with the results of Utf8toUtf16 widened one unit per
-// character (a leading byte-order mark dropped, characters beyond U+FFFF as surrogate pairs, and
-// nothing at all for bytes that are not well-formed UTF-8 anywhere), without holding the text
-// as UTF-16 on the way: a whole file's text is the largest thing the application keeps.
-bool DecodeUtf8(const unsigned char* p, const unsigned char* end, TString& text) {
-  if (end - p >= 3 && p[0] == 0xEF && p[1] == 0xBB && p[2] == 0xBF) p += 3;
-  std::size_t length = 0;  // one per lead byte, and one more per surrogate pair
-  for (const unsigned char* q = p; q < end; ++q) length += ((*q & 0xC0) != 0x80) + (*q >= 0xF0);
-  wchar_t* out = SizeExactly(text, length);
-  return DecodeUtf8Units(p, end, out);
-}
-
 }  // namespace
 
 int ConvertFileBufferToWString(const std::vector<unsigned char>& buffer, TString& text) {
   text.clear();
   if (buffer.size() < 4) return -1;
-  const unsigned int mark = buffer[0] * 256u + buffer[1];
-  if (mark == 0xFEFF || mark == 0xFFFE) {
-    const bool bigEndian = mark == 0xFEFF;
-    wchar_t* out = SizeExactly(text, buffer.size() / 2 - 1);
-    for (std::size_t i = 2; i + 1 < buffer.size(); i += 2) {
-      const unsigned int first = buffer[i], second = buffer[i + 1];
-      *out++ = static_cast<wchar_t>(bigEndian ? first * 256 + second : second * 256 + first);
-    }
-    return 0;
-  }
+  // Straight into `text`, one unit per character as Utf8toUtf16 would give them (characters
+  // beyond U+FFFF as surrogate pairs), without holding the text as UTF-16 on the way: a whole
+  // file's text is the largest thing the application keeps.
+  const TextForm form = DetectTextForm(buffer.data(), buffer.size());
+  wchar_t* out = SizeExactly(text, DecodedTextLength(buffer.data(), buffer.size(), form));
   // Bytes that are not UTF-8 give an empty text, as the converter's refusal does, and the room
   // made for the text goes back at once.
-  if (!DecodeUtf8(buffer.data(), buffer.data() + buffer.size(), text)) TString().swap(text);
+  if (!DecodeText(buffer.data(), buffer.size(), form, out)) TString().swap(text);
   return 0;
 }
 

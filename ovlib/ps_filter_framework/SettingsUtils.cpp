@@ -14,6 +14,7 @@
 #include "platform/CoreFoundation.h"
 #include "platform/Files.h"
 #include "platform/System.h"
+#include "platform/TextDecoding.h"
 #include "xmlparser/Xml.h"
 
 const TString set_qname = L"set";
@@ -69,7 +70,8 @@ bool CouldBeASetting(const OVFileSystemReference& file, OSErr& openError) {
   if (openError != noErr) return false;
   unsigned char chunk[4096];
   std::size_t count = 0, at = 0, unit = 1;
-  bool bigEndian = false, first = true;
+  TextForm form{TextEncodingForm::kUtf8, 0};
+  bool first = true;
   OSErr err = noErr;
   for (bool start = true; err == noErr; start = false) {
     // A byte left over from a unit moves to the front, and the next chunk follows it.
@@ -80,19 +82,14 @@ bool CouldBeASetting(const OVFileSystemReference& file, OSErr& openError) {
     err = FSReadFork(fork, fsAtMark, 0, static_cast<ByteCount>(sizeof chunk - count), chunk + count,
                      &more);
     count += more;
-    // The forms ConvertFileBufferToWString reads: UTF-16 after its mark, else UTF-8, whose own
-    // mark it drops.
-    if (start && count >= 2 &&
-        ((chunk[0] == 0xFE && chunk[1] == 0xFF) || (chunk[0] == 0xFF && chunk[1] == 0xFE))) {
-      unit = at = 2;
-      bigEndian = chunk[0] == 0xFE;
-    } else if (start && count >= 3 && chunk[0] == 0xEF && chunk[1] == 0xBB && chunk[2] == 0xBF) {
-      at = 3;
+    // Read in the form ConvertFileBufferToWString reads the whole file in.
+    if (start) {
+      form = DetectTextForm(chunk, count);
+      at = form.start;
+      if (form.encoding != TextEncodingForm::kUtf8) unit = 2;
     }
     for (; at + unit <= count; at += unit, first = false) {
-      const unsigned c = unit == 1   ? chunk[at]
-                         : bigEndian ? chunk[at] << 8 | chunk[at + 1]
-                                     : chunk[at + 1] << 8 | chunk[at];
+      const unsigned c = unit == 1 ? chunk[at] : Utf16UnitAt(chunk + at, form.encoding);
       if (c == ' ' || c == '\t' || c == '\r' || c == '\n') continue;
       FSCloseFork(fork);
       return c == '<' || (c == '[' && first);
