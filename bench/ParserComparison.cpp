@@ -167,43 +167,43 @@ struct Check {
   bool met = true;
 };
 
-}  // namespace
+// The results of every run, by "input heap parser".
+typedef std::map<std::string, Result> Results;
 
-int main(int argc, char** argv) {
-  // Documents take their memory as the programs' do.
-  Xml::SetMemoryFunctions({AllocateMemoryBlock, FreeMemoryBlock, PrepareMemoryForWriting});
-  if (argc == 5 && std::string(argv[1]) == "--run") {
-    return Measure(argv[2], argv[3], std::string(argv[4]) == "retained");
-  }
-  const std::string self = "/proc/self/exe";
-  std::string me(PATH_MAX, '\0');
-  me.resize(readlink(self.c_str(), me.data(), me.size()));
+const char* HeapName(bool retained) { return retained ? "retained" : "default"; }
 
-  // This machine is shared, and other work slows a measurement by up to half at times: the
-  // whole table is measured in rounds spread over time, and each cell keeps its fastest round.
-  std::map<std::string, Result> results;  // by "input heap parser"
+std::string Key(const char* input, const char* heap, const std::string& parser) {
+  return std::string(input) + " " + heap + " " + parser;
+}
+
+// This machine is shared, and other work slows a measurement by up to half at times: the whole
+// table is measured in rounds spread over time, and each cell keeps its fastest round.
+Results MeasureAll(const std::string& self) {
+  Results results;
   for (int round = 0; round < kRounds; ++round) {
     for (const Input& input : Inputs()) {
       for (bool retained : {false, true}) {
         for (const auto& [parser, pass] : kParsers) {
           if (parser != "ours" && !input.peers) continue;
-          const Result r = RunChild(me, parser, input.name, retained);
-          Result& best =
-              results[std::string(input.name) + (retained ? " retained " : " default ") + parser];
+          const Result r = RunChild(self, parser, input.name, retained);
+          Result& best = results[Key(input.name, HeapName(retained), parser)];
           if (r.ok && (!best.ok || r.median > best.median)) best = r;
         }
       }
     }
   }
+  return results;
+}
+
+void PrintTable(Results& results) {
   std::printf("%-14s %-9s %-8s %10s %21s %11s   (fastest of %d rounds)\n", "input", "heap",
               "parser", "MB/s", "(min-max)", "peak/input", kRounds);
   for (const Input& input : Inputs()) {
     for (bool retained : {false, true}) {
       for (const auto& [parser, pass] : kParsers) {
         if (parser != "ours" && !input.peers) continue;
-        const Result& r =
-            results[std::string(input.name) + (retained ? " retained " : " default ") + parser];
-        const char* heap = retained ? "retained" : "default";
+        const char* heap = HeapName(retained);
+        const Result& r = results[Key(input.name, heap, parser)];
         if (!r.ok) {
           std::printf("%-14s %-9s %-8s %10s\n", input.name, heap, parser.c_str(), "failed");
           continue;
@@ -213,16 +213,18 @@ int main(int argc, char** argv) {
       }
     }
   }
+}
 
+void PrintRatios(Results& results) {
   std::printf("\nours/peer, MB/s (median) and peak memory multiple:\n");
   for (const Input& input : Inputs()) {
     if (!input.peers) continue;
     for (bool retained : {false, true}) {
-      const std::string key = std::string(input.name) + (retained ? " retained " : " default ");
-      const Result& ours = results[key + "ours"];
-      std::printf("%-14s %-9s", input.name, retained ? "retained" : "default");
+      const char* heap = HeapName(retained);
+      const Result& ours = results[Key(input.name, heap, "ours")];
+      std::printf("%-14s %-9s", input.name, heap);
       for (const char* peer : kPeers) {
-        const Result& other = results[key + peer];
+        const Result& other = results[Key(input.name, heap, peer)];
         if (ours.ok && other.ok) {
           std::printf("  %s %.2fx speed %.2fx memory", peer, ours.median / other.median,
                       other.peak > 0 ? ours.peak / other.peak : INFINITY);
@@ -233,61 +235,88 @@ int main(int argc, char** argv) {
       std::printf("\n");
     }
   }
+}
 
-  auto speed = [&](const char* heap, const char* peer, double least, bool settingsOnly = false) {
-    Check check{std::string("ours >= ") + std::to_string(least).substr(0, 3) + "x " + peer + " (" +
-                heap + " heap):"};
-    for (const Input& input : Inputs()) {
-      if (!input.targets) continue;
-      if (settingsOnly && std::string(input.name).rfind("setting-", 0) != 0) continue;
-      const std::string key = std::string(input.name) + " " + heap + " ";
-      const Result &ours = results[key + "ours"], &other = results[key + peer];
-      const double ratio = ours.ok && other.ok ? ours.median / other.median : 0;
-      check.met = check.met && ratio >= least;
-      check.text += " " + std::string(input.name) + " " + std::to_string(ratio).substr(0, 4);
-    }
-    return check;
-  };
-  auto memory = [&]() {
-    Check check{"peak ours <= libxml2's multiple:"};
-    for (const Input& input : Inputs()) {
-      if (!input.targets) continue;
-      for (const char* heap : {"default", "retained"}) {
-        const std::string key = std::string(input.name) + " " + heap + " ";
-        const Result &ours = results[key + "ours"], &other = results[key + "libxml2"];
-        const bool met = ours.ok && other.ok && ours.peak <= other.peak;
-        check.met = check.met && met;
-        if (std::string(heap) == "default") {
-          check.text += " " + std::string(input.name) + " " +
-                        std::to_string(ours.peak).substr(0, 4) + "/" +
-                        std::to_string(other.peak).substr(0, 4);
-        }
+// Ours at least `least` times `peer`'s speed on every input held to the targets (on settings
+// alone, with `settingsOnly`).
+Check SpeedCheck(Results& results, const char* heap, const char* peer, double least,
+                 bool settingsOnly = false) {
+  Check check{std::string("ours >= ") + std::to_string(least).substr(0, 3) + "x " + peer + " (" +
+              heap + " heap):"};
+  for (const Input& input : Inputs()) {
+    if (!input.targets) continue;
+    if (settingsOnly && std::string(input.name).rfind("setting-", 0) != 0) continue;
+    const Result &ours = results[Key(input.name, heap, "ours")],
+                 &other = results[Key(input.name, heap, peer)];
+    const double ratio = ours.ok && other.ok ? ours.median / other.median : 0;
+    check.met = check.met && ratio >= least;
+    check.text += " " + std::string(input.name) + " " + std::to_string(ratio).substr(0, 4);
+  }
+  return check;
+}
+
+// Our peak no higher than libxml2's, on either heap; the line shows the default heap's.
+Check MemoryCheck(Results& results) {
+  Check check{"peak ours <= libxml2's multiple:"};
+  for (const Input& input : Inputs()) {
+    if (!input.targets) continue;
+    for (bool retained : {false, true}) {
+      const char* heap = HeapName(retained);
+      const Result &ours = results[Key(input.name, heap, "ours")],
+                   &other = results[Key(input.name, heap, "libxml2")];
+      check.met = check.met && ours.ok && other.ok && ours.peak <= other.peak;
+      if (!retained) {
+        check.text += " " + std::string(input.name) + " " + std::to_string(ours.peak).substr(0, 4) +
+                      "/" + std::to_string(other.peak).substr(0, 4);
       }
     }
-    return check;
-  };
-  auto linear = [&]() {
-    Check check{"ours grows linearly (1, 4, 16, 64 MB within 30%):"};
-    for (const char* heap : {"default", "retained"}) {
-      double low = INFINITY, high = 0;
-      check.text += std::string(" ") + heap;
-      for (const char* name : {"setting-1MB", "setting-4MB", "setting-16MB", "setting-64MB"}) {
-        const Result& r = results[std::string(name) + " " + heap + " ours"];
-        low = std::min(low, r.ok ? r.median : 0);
-        high = std::max(high, r.median);
-        check.text += " " + std::to_string(r.median).substr(0, 5);
-      }
-      check.met = check.met && high <= low * 1.3;
+  }
+  return check;
+}
+
+// Our speed the same, within 30 %, from 1 MB to 64 MB.
+Check LinearCheck(Results& results) {
+  Check check{"ours grows linearly (1, 4, 16, 64 MB within 30%):"};
+  for (bool retained : {false, true}) {
+    const char* heap = HeapName(retained);
+    double low = INFINITY, high = 0;
+    check.text += std::string(" ") + heap;
+    for (const char* name : {"setting-1MB", "setting-4MB", "setting-16MB", "setting-64MB"}) {
+      const Result& r = results[Key(name, heap, "ours")];
+      low = std::min(low, r.ok ? r.median : 0);
+      high = std::max(high, r.median);
+      check.text += " " + std::to_string(r.median).substr(0, 5);
     }
-    return check;
-  };
+    check.met = check.met && high <= low * 1.3;
+  }
+  return check;
+}
+
+void PrintChecks(Results& results) {
   std::printf("\ntargets:\n");
-  for (const Check& check :
-       {speed("retained", "libxml2", 1.5), speed("default", "libxml2", 1.0), memory(), linear()}) {
+  for (const Check& check : {SpeedCheck(results, "retained", "libxml2", 1.5),
+                             SpeedCheck(results, "default", "libxml2", 1.0), MemoryCheck(results),
+                             LinearCheck(results)}) {
     std::printf("  %s %s\n", check.met ? "MET " : "MISS", check.text.c_str());
   }
   // Beyond the targets: on settings, a pass that builds no tree at all sets the bar.
-  const Check stretch = speed("retained", "expat", 1.0, true);
+  const Check stretch = SpeedCheck(results, "retained", "expat", 1.0, true);
   std::printf("stretch:\n  %s %s\n", stretch.met ? "MET " : "MISS", stretch.text.c_str());
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  // Documents take their memory as the programs' do.
+  Xml::SetMemoryFunctions({AllocateMemoryBlock, FreeMemoryBlock, PrepareMemoryForWriting});
+  if (argc == 5 && std::string(argv[1]) == "--run") {
+    return Measure(argv[2], argv[3], std::string(argv[4]) == "retained");
+  }
+  std::string self(PATH_MAX, '\0');
+  self.resize(readlink("/proc/self/exe", self.data(), self.size()));
+  Results results = MeasureAll(self);
+  PrintTable(results);
+  PrintRatios(results);
+  PrintChecks(results);
   return 0;
 }

@@ -3,6 +3,8 @@
 // one routine that builds nothing; the building grammar makes its node from what was read, and a
 // parse that keeps only a selection of the document reads the rest with the same routines, so
 // that both accept the same texts and report the same errors at the same places.
+#include "xmlparser/Element.h"
+
 #include <cstdint>
 #include <deque>
 #include <string_view>
@@ -10,7 +12,6 @@
 
 #include "xmlparser/Attribute.h"
 #include "xmlparser/CharacterData.h"
-#include "xmlparser/Element.h"
 #include "xmlparser/Parser.h"
 #include "xmlparser/Private.h"
 #include "xmlparser/Reference.h"

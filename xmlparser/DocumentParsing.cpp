@@ -1,9 +1,10 @@
 // The grammar of the document level: the XML declaration, the prolog, the root element and what
 // may follow it.
+#include "xmlparser/Document.h"
+
 #include <memory>
 
 #include "xmlparser/CharacterData.h"
-#include "xmlparser/Document.h"
 #include "xmlparser/Element.h"
 #include "xmlparser/Parser.h"
 #include "xmlparser/Private.h"

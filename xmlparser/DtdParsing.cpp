@@ -1,8 +1,9 @@
 // The grammar of the document type declaration: recognised, checked for form, and dropped.
+#include "xmlparser/Dtd.h"
+
 #include <cwchar>
 #include <deque>
 
-#include "xmlparser/Dtd.h"
 #include "xmlparser/Parser.h"
 #include "xmlparser/Private.h"
 

@@ -1,5 +1,7 @@
 // Writing a tree back as XML text: the generation context, escaping, and each node class's
 // GenerateXML.
+#include "xmlparser/GenerateContext.h"
+
 #include <algorithm>
 #include <iterator>
 #include <vector>
@@ -8,7 +10,6 @@
 #include "xmlparser/CharacterData.h"
 #include "xmlparser/Document.h"
 #include "xmlparser/Element.h"
-#include "xmlparser/GenerateContext.h"
 #include "xmlparser/Private.h"
 #include "xmlparser/Reference.h"
 

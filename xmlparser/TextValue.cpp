@@ -1,4 +1,6 @@
 // The text value of containers, and the white space rules it applies.
+#include "xmlparser/Private.h"
+
 #include <optional>
 #include <utility>
 #include <vector>
@@ -6,7 +8,6 @@
 #include "xmlparser/Attribute.h"
 #include "xmlparser/Document.h"
 #include "xmlparser/Element.h"
-#include "xmlparser/Private.h"
 
 namespace Xml {
 namespace Private {
