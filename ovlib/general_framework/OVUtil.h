@@ -17,10 +17,6 @@
 // fewer than 4 bytes; bytes that are not UTF-8 give 0 and an empty `text`.
 int ConvertFileBufferToWString(const std::vector<unsigned char>& buffer, TString& text);
 
-// The UTF-16 units of UTF-8 bytes, a leading byte-order mark dropped; empty when any part of the
-// bytes is not well-formed UTF-8.
-std::vector<UniChar> Utf8toUtf16(const std::vector<unsigned char>& buffer);
-
 // Encodes `text` as UTF-16 in host byte order after a byte-order mark, one unit per character
 // (its low 16 bits). Always 0; an empty `text` is reported through OV_AssertFailed.
 int ConvertWStringToFileBuffer(const TString& text, std::vector<unsigned char>& buffer);
@@ -48,6 +44,20 @@ TString TStringParamReplace(const TString* templateText, Texts... texts) {
 // dialogs leave the two marks out.
 TString ShownName(const TString& name);
 
+// Takes a temporary over rather than copying it: a setting's name may be large.
+TString ConvertToTString(std::wstring text);
+// Reads `text` as ASCII; text that is not ASCII gives an empty TString.
+TString ConvertToTString(const std::string& text);
+// In the application's text encoding; empty when `text` has no form there.
+std::string ConvertToCharString(const TString& text);
+
+// Routines that neither kestrail nor kestrail-pack calls. They belong to the library, keep their
+// tests, and stay, but nothing in the applications rests on them: build on one knowing that.
+
+// The UTF-16 units of UTF-8 bytes, a leading byte-order mark dropped; empty when any part of the
+// bytes is not well-formed UTF-8.
+std::vector<UniChar> Utf8toUtf16(const std::vector<unsigned char>& buffer);
+
 // Whether the text after the last full stop of `fileName` is `extension`, case-sensitively.
 bool FilenameHasExtension(const TString& fileName, const TString& extension);
 
@@ -57,10 +67,4 @@ short ByteSwap(short value);
 // 0 for a null stream, else what closing it returns.
 int checked_fclose(FILE* stream);
 
-// Takes a temporary over rather than copying it: a setting's name may be large.
-TString ConvertToTString(std::wstring text);
-// Reads `text` as ASCII; text that is not ASCII gives an empty TString.
-TString ConvertToTString(const std::string& text);
 std::wstring ConvertToWideCharString(const TString& text);
-// In the application's text encoding; empty when `text` has no form there.
-std::string ConvertToCharString(const TString& text);

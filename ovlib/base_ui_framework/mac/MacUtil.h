@@ -30,13 +30,6 @@ int WriteBufferToDiskFile(const OVFileSystemReference& folder, const TString& na
                           const std::vector<unsigned char>& buffer, bool overwrite,
                           OVFileSystemReference& newFile, const OVNewFileOptions& options = {});
 
-// A standard I/O stream on the file, or null.
-FILE* FSRef_fopen(const FSRef* file, const char* mode);
-
-// The same for `name` in `folder`, which is first created (typed 'TEXT', creator four spaces)
-// when missing.
-FILE* FSRefParentAndFilename_fopen(const FSRef* folder, const HFSUniStr255* name, const char* mode);
-
 // Assertion reports.
 
 // Reports a failed check in a stop alert naming `file`, `line` and `function`, and returns when
@@ -69,7 +62,6 @@ TString CreateTStringFromUniCharArray(UniChar* units, unsigned long count);
 // gives an empty result.
 std::string ConvertWideCharStringToCharString(const TString& text);
 std::string CreateStringFromCFStringRef(CFStringRef string);
-std::string CreateStringFromUniCharArray(UniChar* units, unsigned long count);
 CFStringRef CreateCFStringRefFromString(const std::string& text);
 TString ConvertCharStringToWideCharString(const std::string& text);
 // UTF-8 bytes, such as a path from the platform; empty when they are not well-formed.
@@ -80,6 +72,20 @@ TString CreateTStringFromUTF8(const std::string& bytes);
 // answers paramErr for one too small. The call's last status.
 OSErr CreateTStringFromPathCall(const std::function<OSErr(UInt8* path, UInt32 size)>& call,
                                 TString& path);
+
+// Routines that neither kestrail nor kestrail-pack calls. They belong to the library, keep their
+// tests, and stay, but nothing in the applications rests on them, and the stand-in calls that
+// exist only for them (platform/README.md) have no other user: build on one knowing that.
+
+// A standard I/O stream on the file, or null.
+FILE* FSRef_fopen(const FSRef* file, const char* mode);
+
+// The same for `name` in `folder`, which is first created (typed 'TEXT', creator four spaces)
+// when missing.
+FILE* FSRefParentAndFilename_fopen(const FSRef* folder, const HFSUniStr255* name, const char* mode);
+
+// The narrow conversions above, from and to UTF-16 units.
+std::string CreateStringFromUniCharArray(UniChar* units, unsigned long count);
 std::vector<UniChar> CreateUniCharVectorFromString(const std::string& text);
 
 // `text` as a length-prefixed string of UTF-16 units, two bytes each in host order, in the
