@@ -160,6 +160,7 @@ OSErr FSCopyFork(SInt16 srcRefNum, SInt16 dstRefNum, void* copyBufferPtr, ByteCo
 // Moves `ref` into `destDirectory` under `name` and puts the moved object in `newRef` (which
 // must not be null). dirNFErr when the destination is no folder, diffVolErr when it is on another
 // file system, dupFNErr when the name is taken there. Within one folder this is a rename.
+// Neither program calls it, and no test proves it: whoever first calls it gives it a test.
 OSErr FSMoveRenameObjectUnicode(const FSRef* ref, const FSRef* destDirectory,
                                 UniCharCount nameLength, const UniChar* name,
                                 TextEncoding textEncodingHint, FSRef* newRef);

@@ -51,8 +51,9 @@ TString ConvertToTString(const std::string& text);
 // In the application's text encoding; empty when `text` has no form there.
 std::string ConvertToCharString(const TString& text);
 
-// Routines that neither kestrail nor kestrail-pack calls. They belong to the library, keep their
-// tests, and stay, but nothing in the applications rests on them: build on one knowing that.
+// Routines that neither kestrail nor kestrail-pack calls. They belong to the library and stay, but
+// nothing in the applications rests on them, and no test proves them: whoever first calls one
+// gives it a test.
 
 // The UTF-16 units of UTF-8 bytes, a leading byte-order mark dropped; empty when any part of the
 // bytes is not well-formed UTF-8.

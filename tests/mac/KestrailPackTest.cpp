@@ -1,5 +1,6 @@
 // kestrail-pack, run as a user runs it.
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 #include "mac/Version.h"
 #include "tests/SettingsHome.h"
@@ -22,13 +23,16 @@ TEST_F(KestrailPackTest, PackagesOrSaysWhyNot) {
   m_temp.Write("in/unknown", "Whirlpool\rx");
   m_temp.Write("in/done", "Cyclonix\ry");
   m_temp.Write("in/done.f1s", "kept");
-  ProgramRun run = Pack({m_temp.Path("in/good"), m_temp.Path("in/unknown"),
-                         m_temp.Path("in/missing"), m_temp.Path("in/done")});
+  ASSERT_EQ(0, mkfifo(m_temp.Path("in/fifo").c_str(), 0600));  // answered at once, never waited on
+  ProgramRun run =
+      Pack({m_temp.Path("in/good"), m_temp.Path("in/unknown"), m_temp.Path("in/missing"),
+            m_temp.Path("in/done"), m_temp.Path("in/fifo")});
   EXPECT_EQ(1, run.status);
   EXPECT_EQ(m_temp.Path("in/good.f1s") + "\n", run.out);
   EXPECT_NE(std::string::npos, run.err.find("unknown: unknown filter \"Whirlpool\""));
   EXPECT_NE(std::string::npos, run.err.find("missing: no such file"));
   EXPECT_NE(std::string::npos, run.err.find("done: a package already exists"));
+  EXPECT_NE(std::string::npos, run.err.find("fifo: not a settings file")) << run.err;
   EXPECT_EQ("kept", m_temp.Contents("in/done.f1s"));
   EXPECT_FALSE(std::filesystem::exists(m_temp.Path("in/unknown.f1s")));
 

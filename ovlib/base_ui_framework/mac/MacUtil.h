@@ -73,9 +73,9 @@ TString CreateTStringFromUTF8(const std::string& bytes);
 OSErr CreateTStringFromPathCall(const std::function<OSErr(UInt8* path, UInt32 size)>& call,
                                 TString& path);
 
-// Routines that neither kestrail nor kestrail-pack calls. They belong to the library, keep their
-// tests, and stay, but nothing in the applications rests on them, and the stand-in calls that
-// exist only for them (platform/README.md) have no other user: build on one knowing that.
+// Routines that neither kestrail nor kestrail-pack calls. They belong to the library and stay, but
+// nothing in the applications rests on them, nor on the stand-in calls that exist only for them
+// (platform/README.md), and no test proves them: whoever first calls one gives it a test.
 
 // A standard I/O stream on the file, or null.
 FILE* FSRef_fopen(const FSRef* file, const char* mode);

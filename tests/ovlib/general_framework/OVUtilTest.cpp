@@ -85,13 +85,6 @@ TEST(ShownNameTest, EscapesControlAndFormatCharactersAndIsolatesTheName) {
   }
 }
 
-TEST(FilenameHasExtensionTest, ComparesTheTextAfterTheLastStop) {
-  EXPECT_TRUE(FilenameHasExtension(L"a.B.f1s", L"f1s"));
-  EXPECT_FALSE(FilenameHasExtension(L"a.B.f1s", L"F1S"));  // case matters
-  EXPECT_FALSE(FilenameHasExtension(L"noext", L""));       // no stop, so no extension at all
-  EXPECT_TRUE(FilenameHasExtension(L"a.", L""));           // a trailing stop: an empty one
-}
-
 // What a conversion cannot carry gives an empty text rather than a wrong one.
 TEST(ConvertToTextTest, RefusesWhatItCannotCarry) {
   EXPECT_EQ(L"abc", ConvertToTString(std::string("abc")));

@@ -1,20 +1,13 @@
 #include <gtest/gtest.h>
-#include <stdlib.h>
 
-#include <cstdio>
-#include <filesystem>
 #include <string>
 #include <vector>
 
 #include "ovlib/base_ui_framework/mac/MacUtil.h"
 #include "ovlib/general_framework/OVFileSystemReferenceMac.h"
-#include "tests/ScopedVariable.h"
 #include "tests/SettingsHome.h"
-#include "tests/TempFolder.h"
 
 namespace {
-
-namespace fs = std::filesystem;
 
 using Bytes = std::vector<unsigned char>;
 
@@ -74,16 +67,6 @@ TEST_F(WholeFileTest, ReadThenWriteElsewhereIsByteIdentical) {
   EXPECT_TRUE(Reported("ReadDiskFileIntoBuffer"));
 }
 
-TEST_F(WholeFileTest, FopenByNameCreatesAMissingFile) {
-  HFSUniStr255 name = {3, {'l', 'o', 'g'}}, bad = {2, {'.', '.'}};
-  FILE* created = FSRefParentAndFilename_fopen(Ref("in"), &name, "w");
-  ASSERT_NE(nullptr, created);
-  std::fputs("line", created);
-  EXPECT_EQ(0, std::fclose(created));
-  EXPECT_EQ("line", m_temp.Contents("in/log"));
-  EXPECT_EQ(nullptr, FSRefParentAndFilename_fopen(Ref("in"), &bad, "w"));
-}
-
 TEST(PlatformStringTest, OneUnitPerCharacterBothWays) {
   const TString wide = {L'a', 0x1F600, 0xE9};
   EXPECT_EQ((std::vector<UniChar>{'a', 0xF600, 0xE9}), CreateUniCharVectorFromTString(wide));
@@ -92,46 +75,6 @@ TEST(PlatformStringTest, OneUnitPerCharacterBothWays) {
   EXPECT_EQ("\xF0\x9F\x98\x80", CreateStringFromCFStringRef(pair));
   CFRelease(pair);
   EXPECT_EQ(L"", CreateTStringFromCFStringRef(CFSTR("")));
-}
-
-TEST(ControlTitleTest, NumbersAndTextShareTheTitle) {
-  OpaqueControlRef control;
-  int value = 0;
-  ASSERT_EQ(noErr, SetControlTitleWithInt(&control, -42));
-  ASSERT_EQ(noErr, GetControlTitleAsInt(&control, value));
-  EXPECT_EQ(-42, value);
-  ASSERT_EQ(noErr, SetControlTitleWithTString(&control, L" 7 px"));
-  ASSERT_EQ(noErr, GetControlTitleAsInt(&control, value));
-  EXPECT_EQ(7, value);
-  EXPECT_EQ(paramErr, GetControlTitleAsInt(nullptr, value));
-}
-
-TEST(OpenURLTest, HandsTheURLToTheOpenerAndReportsItsFailure) {
-  TempFolder temp;
-  // An opener first on the search path, which records its argument and fails for ".../fail".
-  temp.Write("xdg-open", "#!/bin/sh\nprintf '%s' \"$1\" > '" + temp.Path("opened") +
-                             "'\n[ \"$1\" != https://example.com/fail ]\n");
-  fs::permissions(temp.Path("xdg-open"), fs::perms::owner_all);
-  ScopedVariable path("PATH", (temp.Path() + ":" + (getenv("PATH") ? getenv("PATH") : "")).c_str());
-  EXPECT_EQ(-1, OpenURL(L"https://example.com/a b"));
-  EXPECT_FALSE(fs::exists(temp.Path("opened")));  // a bad URL is never handed over
-  EXPECT_EQ(0, OpenURL(L"https://example.com/support?topic=settings"));
-  EXPECT_EQ("https://example.com/support?topic=settings", temp.Contents("opened"));
-  EXPECT_EQ(-1, OpenURL(L"https://example.com/fail"));
-}
-
-class LoadFrameworkBundleTest : public SettingsHomeTest {};
-
-TEST_F(LoadFrameworkBundleTest, LoadsFromTheFrameworksFolder) {
-  const std::string folder = m_temp.Path("home/data/Frameworks");
-  CFBundleRef bundle = reinterpret_cast<CFBundleRef>(1);
-  EXPECT_EQ(coreFoundationUnknownErr, LoadFrameworkBundle(CFSTR("TestKit.framework"), &bundle));
-  EXPECT_EQ(nullptr, bundle);
-  fs::create_directory(folder + "/TestKit.framework");
-  fs::copy_file(TEST_FRAMEWORK_EXECUTABLE, folder + "/TestKit.framework/TestKit");
-  ASSERT_EQ(noErr, LoadFrameworkBundle(CFSTR("TestKit.framework"), &bundle));
-  EXPECT_NE(nullptr, bundle);
-  CFRelease(bundle);
 }
 
 }  // namespace
