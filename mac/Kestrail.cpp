@@ -643,20 +643,17 @@ int ConfirmFileReplace(const TString& fileName, bool* applyToAll, bool deletesFo
   // installed one, under the name with a number added ("Name 2.xml").
   auto both = CFHold(CopyLocalizedString(CFSTR_LOCALIZABLE("Keep Both")));
   if (both == nullptr) OV_AssertFailed(kSource, __LINE__, "ConfirmFileReplace");
-  auto question = CFHold(CopyLocalizedString(
+  // The name is the file's own: shown so that it cannot pass for more of the question.
+  const TString question = LocalizedText(
       deletesForGood
           // Translators: the replace question when the installed setting cannot be moved to the
           // Trash (its disk has none); %0 is the name of the setting's file.
           ? CFSTR_LOCALIZABLE("Confirm Replace Deleting Message")
           // Translators: the replace question; %0 is the name of the setting's file.
-          : CFSTR_LOCALIZABLE("Confirm Replace Message")));
-  if (question == nullptr) OV_AssertFailed(kSource, __LINE__, "ConfirmFileReplace");
-
-  // The name is the file's own: shown so that it cannot pass for more of the question.
-  const TString questionTemplate = TextOf(question.get());
-  const TString shownName = ShownName(fileName);
-  auto message = CFHold(
-      CreateCFStringRefFromTString(TStringParamReplace(&questionTemplate, shownName.c_str())));
+          : CFSTR_LOCALIZABLE("Confirm Replace Message"),
+      ShownName(fileName));
+  if (question.empty()) OV_AssertFailed(kSource, __LINE__, "ConfirmFileReplace");
+  auto message = CFHold(CreateCFStringRefFromTString(question));
   if (message == nullptr) OV_AssertFailed(kSource, __LINE__, "ConfirmFileReplace");
 
   // Keeping the existing file is both the default and the cancel answer, so that neither Return
@@ -708,17 +705,15 @@ CFStringRef GetSuccessMessage(FSRef* installedFile, bool replacedIntoTheTrash) {
   auto path = CFHold(CFURLCopyFileSystemPath(url.get(), kCFURLPOSIXPathStyle));
   if (path == nullptr) return nullptr;
   const TString pathText = CreateTStringFromCFStringRef(path.get());
-  auto success = CFHold(CopyLocalizedString(
+  const TString success = LocalizedText(
       replacedIntoTheTrash
           // Translators: the alert after an install that replaced a setting, which went to the
           // Trash; %0 is the full path of the installed file.
           ? CFSTR_LOCALIZABLE("Success Replaced")
           // Translators: the alert after the install; %0 is the full path of the installed file.
-          : CFSTR_LOCALIZABLE("Success")));
-  if (success == nullptr) return nullptr;
-  const TString successTemplate = CreateTStringFromCFStringRef(success.get());
-  const TString shownPath = ShownName(pathText);
-  return CreateCFStringRefFromTString(TStringParamReplace(&successTemplate, shownPath.c_str()));
+          : CFSTR_LOCALIZABLE("Success"),
+      ShownName(pathText));
+  return success.empty() ? nullptr : CreateCFStringRefFromTString(success);
 }
 
 int AskUserForGlimmerboxFolder(OVFileSystemReference& folder) {

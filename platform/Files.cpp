@@ -68,6 +68,14 @@ OSErr ComponentOf(UniCharCount nameLength, const UniChar* name, std::string& com
   return noErr;
 }
 
+// The folder `parentRef` refers to and the component on disk of `name` in it: the first step of
+// every call that names an object in a folder.
+OSErr ResolveFolderAndName(const FSRef* parentRef, UniCharCount nameLength, const UniChar* name,
+                           ObjectOnDisk& parent, std::string& component) {
+  const OSErr err = ResolveFolder(parentRef, parent);
+  return err != noErr ? err : ComponentOf(nameLength, name, component);
+}
+
 // The catalog information that the create calls can set: Finder information only.
 bool CanSetOnCreation(FSCatalogInfoBitmap whichInfo, const FSCatalogInfo* catalogInfo) {
   const FSCatalogInfoBitmap finder = kFSCatInfoFinderInfo | kFSCatInfoFinderXInfo;
@@ -194,15 +202,18 @@ OSErr FSPathMakeRef(const UInt8* path, FSRef* ref, Boolean* isDirectory) {
   return noErr;
 }
 
+OSErr CopyPathOut(const std::string& text, UInt8* path, UInt32 maxPathSize) {
+  if (path == nullptr || text.size() + 1 > maxPathSize) return paramErr;
+  std::memcpy(path, text.c_str(), text.size() + 1);
+  return noErr;
+}
+
 OSErr FSRefMakePath(const FSRef* ref, UInt8* path, UInt32 maxPathSize) {
   ObjectOnDisk object;
   std::string text;
   OSErr err = ResolveReference(ref, object);
   if (err == noErr) err = CurrentPath(object, text);
-  if (err != noErr) return err;
-  if (path == nullptr || text.size() + 1 > maxPathSize) return paramErr;
-  std::memcpy(path, text.c_str(), text.size() + 1);
-  return noErr;
+  return err != noErr ? err : CopyPathOut(text, path, maxPathSize);
 }
 
 OSErr FSMakeFSRefUnicode(const FSRef* parentRef, UniCharCount nameLength, const UniChar* name,
@@ -210,8 +221,7 @@ OSErr FSMakeFSRefUnicode(const FSRef* parentRef, UniCharCount nameLength, const 
   if (newRef == nullptr) return paramErr;
   ObjectOnDisk parent, child;
   std::string component;
-  OSErr err = ResolveFolder(parentRef, parent);
-  if (err == noErr) err = ComponentOf(nameLength, name, component);
+  OSErr err = ResolveFolderAndName(parentRef, nameLength, name, parent, component);
   if (err != noErr) return err;
   const int error = Find(parent.m_nSelf, component, child);
   if (error != 0) return MacErrorFromErrno(error);
@@ -279,8 +289,7 @@ OSErr FSCreateFileUnicode(const FSRef* parentRef, UniCharCount nameLength, const
   if (!CanSetOnCreation(whichInfo, catalogInfo) || newSpec != nullptr) return paramErr;
   ObjectOnDisk parent;
   std::string component;
-  OSErr err = ResolveFolder(parentRef, parent);
-  if (err == noErr) err = ComponentOf(nameLength, name, component);
+  OSErr err = ResolveFolderAndName(parentRef, nameLength, name, parent, component);
   return err != noErr ? err
                       : CreateFileIn(parent.m_nSelf, component, whichInfo, catalogInfo, newRef);
 }
@@ -291,8 +300,7 @@ OSErr FSCreateDirectoryUnicode(const FSRef* parentRef, UniCharCount nameLength, 
   if (!CanSetOnCreation(whichInfo, catalogInfo) || newSpec != nullptr) return paramErr;
   ObjectOnDisk parent, created;
   std::string component;
-  OSErr err = ResolveFolder(parentRef, parent);
-  if (err == noErr) err = ComponentOf(nameLength, name, component);
+  OSErr err = ResolveFolderAndName(parentRef, nameLength, name, parent, component);
   if (err != noErr) return err;
   DiskBackend& disk = ActiveDiskBackend();
   const int parentFd = HeldDescriptor(parent.m_nSelf);

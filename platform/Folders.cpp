@@ -3,11 +3,10 @@
 
 #include <cerrno>
 #include <cstdlib>
-#include <cstring>
 #include <string>
 
 #include "platform/DiskBackend.h"
-#include "platform/internal/PosixFiles.h"  // MacErrorFromErrno, UserBaseFolder
+#include "platform/internal/PosixFiles.h"  // CopyPathOut, MacErrorFromErrno, UserBaseFolder
 
 namespace {
 
@@ -68,8 +67,5 @@ OSErr FSFindFolder(FSVolumeRefNum vRefNum, OSType folderType, Boolean createFold
 OSErr FSFindFolderPath(FSVolumeRefNum vRefNum, OSType folderType, UInt8* path, UInt32 maxPathSize) {
   std::string text;
   const OSErr err = FolderPath(vRefNum, folderType, text);
-  if (err != noErr) return err;
-  if (path == nullptr || text.size() + 1 > maxPathSize) return paramErr;
-  std::memcpy(path, text.c_str(), text.size() + 1);
-  return noErr;
+  return err != noErr ? err : CopyPathOut(text, path, maxPathSize);
 }

@@ -11,6 +11,7 @@
 #include <cstring>
 #include <initializer_list>
 #include <istream>
+#include <optional>
 #include <ostream>
 #include <sstream>
 #include <string>
@@ -71,6 +72,25 @@ std::string Trimmed(const std::string& line) {
   const std::size_t first = line.find_first_not_of(blanks);
   if (first == std::string::npos) return std::string();
   return line.substr(first, line.find_last_not_of(blanks) - first + 1);
+}
+
+// The next answer, trimmed; none when no one is answering: the input ended (the question's line
+// is ended) or a line came too long for anyone typing (what `tooLong` makes of the byte count is
+// said). The question then takes its safe answer.
+template <typename TooLong>
+std::optional<std::string> NextAnswer(std::istream& in, std::ostream& out, TooLong tooLong) {
+  std::string line;
+  switch (ReadAnswer(in, line)) {
+    case Answer::kEnd:
+      out << '\n';
+      return std::nullopt;
+    case Answer::kTooLong:
+      out << tooLong(std::to_string(kLongestAnswer)) << '\n';
+      return std::nullopt;
+    case Answer::kLine:
+      break;
+  }
+  return Trimmed(line);
 }
 
 // Labels are compared without regard to the case of ASCII letters; other characters must match.
@@ -212,23 +232,15 @@ DialogItemIndex TextDialogBackend::RunAlert(const AlertDescription& alert) {
   // %1 is the title of the button that an empty answer picks.
   out << Localized(LOCALIZABLE_TEXT("Answer %0 [%1]: "), {labels, defaultLabel}) << std::flush;
   for (int tries = 1;; ++tries) {
-    std::string line;
-    const Answer answer = ReadAnswer(m_in, line);
-    // With nobody left to answer, the default button is the answer the alert was made to expect.
-    if (answer == Answer::kEnd) {
-      out << '\n';
-      return alert.m_nDefaultItem;
-    }
-    // A terminal's own line editing stops short of that many bytes: this is no one typing.
-    if (answer == Answer::kTooLong) {
+    std::optional<std::string> answer = NextAnswer(m_in, out, [&](const std::string& bytes) {
       // Translators: said when %0 bytes (always 4096) came on the terminal without a line end,
       // so no one is answering; %1 is the title of the button taken.
-      out << Localized(LOCALIZABLE_TEXT("No line end in %0 bytes; taking %1."),
-                       {std::to_string(kLongestAnswer), defaultLabel})
-          << '\n';
-      return alert.m_nDefaultItem;
-    }
-    std::string typed = Trimmed(line);
+      return Localized(LOCALIZABLE_TEXT("No line end in %0 bytes; taking %1."),
+                       {bytes, defaultLabel});
+    });
+    // With nobody left to answer, the default button is the answer the alert was made to expect.
+    if (!answer) return alert.m_nDefaultItem;
+    std::string& typed = *answer;
     const bool ticked = !alert.m_strCheckBox.empty() && !typed.empty() && typed.back() == '+';
     if (ticked) typed = Trimmed(typed.substr(0, typed.size() - 1));
     const DialogItemIndex item = ItemForAnswer(typed, alert);
@@ -257,23 +269,13 @@ std::optional<std::string> TextDialogBackend::ChooseFolder(const std::string& me
   if (!message.empty()) m_out << TerminalMessage(message) << '\n';
   m_out << Localized(kFolderPrompt) << std::flush;
   for (int tries = 1;; ++tries) {
-    std::string line;
-    const Answer answer = ReadAnswer(m_in, line);
-    if (answer == Answer::kEnd) {
-      m_out << '\n';
-      return std::nullopt;
-    }
-    if (answer == Answer::kTooLong) {
+    const std::optional<std::string> typed = NextAnswer(m_in, m_out, [](const std::string& bytes) {
       // Translators: said when %0 bytes (always 4096) came on the terminal without a line end,
       // so no one is answering the folder question.
-      m_out << Localized(LOCALIZABLE_TEXT("No line end in %0 bytes; cancelled."),
-                         {std::to_string(kLongestAnswer)})
-            << '\n';
-      return std::nullopt;
-    }
-    const std::string typed = Trimmed(line);
-    if (typed.empty()) return std::nullopt;
-    const std::string path = ExpandHome(typed);
+      return Localized(LOCALIZABLE_TEXT("No line end in %0 bytes; cancelled."), {bytes});
+    });
+    if (!typed || typed->empty()) return std::nullopt;
+    const std::string path = ExpandHome(*typed);
     struct stat status;
     const bool exists = stat(path.c_str(), &status) == 0;
     if (exists && S_ISDIR(status.st_mode)) return path;

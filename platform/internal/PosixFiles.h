@@ -100,6 +100,10 @@ bool IsRoot(const ObjectOnDisk& object);
 // The object's absolute path now, as the kernel names its folder. fnfErr when it is gone.
 OSErr CurrentPath(ObjectOnDisk& object, std::string& path);
 
+// `text` zero-terminated in the caller's `path` of `maxPathSize` bytes, as the calls that give a
+// path answer; paramErr when it does not fit.
+OSErr CopyPathOut(const std::string& text, UInt8* path, UInt32 maxPathSize);
+
 // The kernel's path of the descriptor `fd`, "/proc/self/fd/N", and of `name` inside it when given:
 // a path for the calls that take no descriptor (links, extended attributes) that reaches the very
 // object the descriptor holds; `name` itself is the last component.
