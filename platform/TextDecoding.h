@@ -124,8 +124,17 @@ bool DecodeText(const UInt8* bytes, std::size_t count, TextForm form, Unit*& out
   if (form.encoding == TextEncodingForm::kUtf8) {
     return DecodeUtf8Units(bytes + form.start, bytes + count, out);
   }
-  for (std::size_t i = form.start; i + 1 < count; i += 2) {
-    *out++ = static_cast<Unit>(Utf16UnitAt(bytes + i, form.encoding));
+  // Through a local pointer, one loop per byte order: a whole file's text decodes at the speed
+  // of copying it.
+  Unit* to = out;
+  const UInt8* const end = bytes + count - (count - form.start) % 2;
+  if (form.encoding == TextEncodingForm::kUtf16BigEndian) {
+    for (const UInt8* p = bytes + form.start; p < end; p += 2)
+      *to++ = static_cast<Unit>(p[0] << 8 | p[1]);
+  } else {
+    for (const UInt8* p = bytes + form.start; p < end; p += 2)
+      *to++ = static_cast<Unit>(p[1] << 8 | p[0]);
   }
+  out = to;
   return true;
 }
