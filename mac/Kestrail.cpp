@@ -119,7 +119,9 @@ const StepEnd kKeptTheFile = {StepEnd::kKeptTheFile, TString()};
 StepEnd Alert(const TString& message) { return {StepEnd::kAlert, message}; }
 
 // Translators: the alert when the setting could not be installed, for whatever reason.
-StepEnd Failure() { return Alert(LocalizedText(CFSTR_LOCALIZABLE("Failure"))); }
+TString FailureText() { return LocalizedText(CFSTR_LOCALIZABLE("Failure")); }
+
+StepEnd Failure() { return Alert(FailureText()); }
 
 // Files of a batch wait to be named together at most this many at a time: enough to share the
 // flushes among many, and half the temporary files there may be, leaving room for the rest.
@@ -319,22 +321,20 @@ StepEnd WriteAskingBeforeReplace(SettingFileRoutingInfo& info, OVFileSystemRefer
   if (batch.m_pNaming != nullptr && batch.m_pNaming->Awaits(name)) NameTheWaiting(batch);
   bool exists = false;
   if (destination.SubobjectExists(name, exists) != 0) return Failure();
-  // An installed setting is replaced only into the Trash, unless the question said otherwise.
-  bool trash = exists && GoesToTheTrash(destination, name);
-  int answer = exists ? AskBeforeReplace(name, !trash, batch) : kReplaceAnswerYes;
-  if (answer == kReplaceAnswerNo) return kKeptTheFile;
-  int status = WriteSetting(info, destination, exists, answer == kReplaceAnswerKeepBoth, trash,
-                            examined, batch, stage, outcome.m_installed);
-  if (status != 0 && !exists && destination.SubobjectExists(name, exists) == 0 && exists) {
-    trash = GoesToTheTrash(destination, name);
-    answer = AskBeforeReplace(name, !trash, batch);
+  for (;;) {
+    // An installed setting is replaced only into the Trash, unless the question said otherwise.
+    const bool trash = exists && GoesToTheTrash(destination, name);
+    const int answer = exists ? AskBeforeReplace(name, !trash, batch) : kReplaceAnswerYes;
     if (answer == kReplaceAnswerNo) return kKeptTheFile;
-    status = WriteSetting(info, destination, true, answer == kReplaceAnswerKeepBoth, trash,
-                          examined, batch, stage, outcome.m_installed);
+    const bool keepBoth = answer == kReplaceAnswerKeepBoth;
+    if (WriteSetting(info, destination, exists, keepBoth, trash, examined, batch, stage,
+                     outcome.m_installed) == 0) {
+      outcome.m_bReplacedIntoTheTrash = exists && trash && !keepBoth;
+      return kGoOn;
+    }
+    // A name found free but taken by the time the setting was written is asked about, once.
+    if (exists || destination.SubobjectExists(name, exists) != 0 || !exists) return Failure();
   }
-  if (status != 0) return Failure();
-  outcome.m_bReplacedIntoTheTrash = exists && trash && answer != kReplaceAnswerKeepBoth;
-  return kGoOn;
 }
 
 // The steps of the flow after the examination, each of which may end it. A setting written for
@@ -385,7 +385,7 @@ void ImportSetting(FSRef file, Batch& batch) {
   } catch (const std::bad_alloc&) {
     // A file too large to hold in memory is a setting that could not be installed, not a crash.
     outcome.m_nGroup = Outcome::kFailed;
-    outcome.m_strMessage = LocalizedText(CFSTR_LOCALIZABLE("Failure"));
+    outcome.m_strMessage = FailureText();
   }
   batch.m_vecOutcomes.push_back(outcome);
 }
@@ -534,7 +534,7 @@ void ShowSummary(const std::vector<Outcome>& outcomes) {
 Outcome UnopenedItem(const AEDescList& list, long index) {
   Outcome outcome;
   outcome.m_nGroup = Outcome::kFailed;
-  outcome.m_strMessage = LocalizedText(CFSTR_LOCALIZABLE("Failure"));
+  outcome.m_strMessage = FailureText();
   Size size = 0;
   if (AEGetNthPtr(&list, index, typeFileURL, nullptr, nullptr, nullptr, 0, &size) != noErr)
     return outcome;

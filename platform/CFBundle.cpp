@@ -181,15 +181,31 @@ CFBundleRef CFBundleGetMainBundle() {
   return main;
 }
 
+namespace {
+
+// The main bundle's text for `key` (with `pluralKey`, in the form for `count`) as a new string;
+// null when it has none.
+CFStringRef CopyFoundText(CFStringRef key, CFStringRef pluralKey, unsigned long count) {
+  std::string keyText, pluralText, text;
+  std::vector<UniChar> units;
+  if (!EncodeUtf8(key->m_units.data(), key->m_units.size(), keyText)) return nullptr;
+  if (pluralKey != nullptr &&
+      !EncodeUtf8(pluralKey->m_units.data(), pluralKey->m_units.size(), pluralText))
+    return nullptr;
+  if (!FindText(keyText, text, pluralKey != nullptr ? &pluralText : nullptr, count) ||
+      !DecodeUtf8(reinterpret_cast<const UInt8*>(text.data()), text.size(), units))
+    return nullptr;
+  return MakeCFString(std::move(units));
+}
+
+}  // namespace
+
 CFStringRef CFBundleCopyLocalizedString(CFBundleRef bundle, CFStringRef key, CFStringRef value,
                                         CFStringRef) {
   if (key == nullptr) return nullptr;
-  std::string keyText, text;
-  std::vector<UniChar> units;
-  if (bundle == CFBundleGetMainBundle() &&
-      EncodeUtf8(key->m_units.data(), key->m_units.size(), keyText) && FindText(keyText, text) &&
-      DecodeUtf8(reinterpret_cast<const UInt8*>(text.data()), text.size(), units))
-    return MakeCFString(std::move(units));
+  if (bundle == CFBundleGetMainBundle()) {
+    if (CFStringRef found = CopyFoundText(key, nullptr, 1)) return found;
+  }
   const CFStringRef fallback = value != nullptr && !value->m_units.empty() ? value : key;
   return MakeCFString(fallback->m_units);
 }
@@ -197,13 +213,7 @@ CFStringRef CFBundleCopyLocalizedString(CFBundleRef bundle, CFStringRef key, CFS
 CFStringRef CFBundleCopyLocalizedStringForCount(CFStringRef key, CFStringRef pluralKey,
                                                 unsigned long count) {
   if (key == nullptr) return nullptr;
-  const CFStringRef english = count == 1 || pluralKey == nullptr ? key : pluralKey;
-  std::string keyText, pluralText, text;
-  std::vector<UniChar> units;
-  if (pluralKey != nullptr && EncodeUtf8(key->m_units.data(), key->m_units.size(), keyText) &&
-      EncodeUtf8(pluralKey->m_units.data(), pluralKey->m_units.size(), pluralText) &&
-      FindText(keyText, text, &pluralText, count) &&
-      DecodeUtf8(reinterpret_cast<const UInt8*>(text.data()), text.size(), units))
-    return MakeCFString(std::move(units));
-  return MakeCFString(english->m_units);
+  if (pluralKey == nullptr) return MakeCFString(key->m_units);
+  if (CFStringRef found = CopyFoundText(key, pluralKey, count)) return found;
+  return MakeCFString((count == 1 ? key : pluralKey)->m_units);
 }

@@ -27,21 +27,6 @@ int HexValue(char c) {
   return -1;
 }
 
-// Escapes every byte but the unreserved ones (and '/' when `keepSlashes`).
-std::string Escape(const std::string& bytes, bool keepSlashes) {
-  std::string escaped;
-  for (unsigned char c : bytes) {
-    if (IsUnreserved(c) || (keepSlashes && c == '/')) {
-      escaped += static_cast<char>(c);
-    } else {
-      char code[4];
-      std::snprintf(code, sizeof code, "%%%02X", c);
-      escaped += code;
-    }
-  }
-  return escaped;
-}
-
 // The characters a URL may hold as they are; anything else must come escaped.
 bool IsUrlCharacter(unsigned char c) {
   return IsUnreserved(c) || std::strchr(":/?#[]@!$&'()*+,;=", c) != nullptr;
@@ -59,7 +44,23 @@ CFURLRef MakeURL(std::string text) {
 
 }  // namespace
 
-std::string FileURLText(const std::string& path) { return kFileScheme + Escape(path, true); }
+std::string PercentEscaped(const std::string& bytes, bool keepSlashes) {
+  std::string escaped;
+  for (unsigned char c : bytes) {
+    if (IsUnreserved(c) || (keepSlashes && c == '/')) {
+      escaped += static_cast<char>(c);
+    } else {
+      char code[4];
+      std::snprintf(code, sizeof code, "%%%02X", c);
+      escaped += code;
+    }
+  }
+  return escaped;
+}
+
+std::string FileURLText(const std::string& path) {
+  return kFileScheme + PercentEscaped(path, true);
+}
 
 bool FileURLPath(const std::string& text, std::string& path) {
   if (text.compare(0, sizeof kFileScheme - 1, kFileScheme) != 0) return false;
@@ -115,7 +116,7 @@ CFURLRef CFURLCreateCopyAppendingPathComponent(CFAllocatorRef, CFURLRef url, CFS
   const std::size_t end = std::min(text.find_first_of("?#"), text.size());
   std::string path = text.substr(0, end);
   if (path.empty() || path.back() != '/') path += '/';
-  path += Escape(bytes, false);
+  path += PercentEscaped(bytes, false);
   if (isDirectory) path += '/';
   return MakeURL(path + text.substr(end));
 }

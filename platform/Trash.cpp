@@ -23,6 +23,7 @@
 #include "platform/DiskBackend.h"
 #include "platform/desktop/Desktop.h"
 #include "platform/internal/PosixFiles.h"
+#include "platform/internal/Unicode.h"
 
 namespace {
 
@@ -120,24 +121,10 @@ bool FindTrash(const std::string& path, UInt64 device, bool make, TrashFolders& 
   return HasTrash(base + "/.Trash-" + uid, top, make, trash);
 }
 
-// `path` as a record's Path: relative to the top folder of a file system's own Trash, and with
-// every byte but letters, digits, "-._~" and "/" escaped, as in a URL.
+// `path` as a record's Path: relative to the top folder of a file system's own Trash, and escaped
+// as in a URL.
 std::string RecordedPath(const std::string& path, const std::string& top) {
-  const std::string relative = top.empty() ? path : path.substr(top == "/" ? 1 : top.size() + 1);
-  std::string escaped;
-  for (unsigned char c : relative) {
-    const bool plain = (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') ||
-                       c == '-' || c == '.' || c == '_' || c == '~' || c == '/';
-    if (plain) {
-      escaped += static_cast<char>(c);
-    } else {
-      static const char digits[] = "0123456789ABCDEF";
-      escaped += '%';
-      escaped += digits[c >> 4];
-      escaped += digits[c & 15];
-    }
-  }
-  return escaped;
+  return PercentEscaped(top.empty() ? path : path.substr(top == "/" ? 1 : top.size() + 1), true);
 }
 
 // Writes the whole of `text` to `fd` and makes it durable.

@@ -107,6 +107,15 @@ OSErr TakeName(const FSRef* folder, UniCharCount nameLength, const UniChar* name
   return err;
 }
 
+// Gives the finished file `temporary` its name as the options asked: the first free numbered
+// one, or `name` itself.
+OSErr TakeNameAsAsked(const FSRef* folder, UniCharCount nameLength, const UniChar* name,
+                      Boolean replace, bool numbered, bool trashReplaced, const FSRef* temporary,
+                      FSRef* newFile) {
+  return numbered ? TakeNumberedName(nameLength, name, temporary, newFile)
+                  : TakeName(folder, nameLength, name, replace, trashReplaced, temporary, newFile);
+}
+
 }  // namespace
 
 OVFileSystemReference::OVFileSystemReference() { std::memset(&m_fsRef, 0, sizeof m_fsRef); }
@@ -355,9 +364,8 @@ OSErr FSCreateTextFileUnicode(const FSRef* folder, UniCharCount nameLength, cons
     return noErr;
   }
   if (err == noErr) {
-    err = options.m_bNumberedName ? TakeNumberedName(nameLength, name, &temporary, newFile)
-                                  : TakeName(folder, nameLength, name, replace,
-                                             options.m_bTrashReplaced, &temporary, newFile);
+    err = TakeNameAsAsked(folder, nameLength, name, replace, options.m_bNumberedName,
+                          options.m_bTrashReplaced, &temporary, newFile);
   }
   if (err != noErr) FSDeleteObject(&temporary);
   return err;
@@ -396,11 +404,9 @@ std::vector<OVFileBatch::Named> OVFileBatch::NameAll() {
     const Waiting& file = waiting[i];
     OSErr& err = named[i].m_nStatus;
     if (err == noErr) {
-      err = file.m_bNumberedName
-                ? TakeNumberedName(file.m_name.size(), file.m_name.data(), &file.m_temporary,
-                                   named[i].m_file)
-                : TakeName(&file.m_folder, file.m_name.size(), file.m_name.data(), file.m_bReplace,
-                           file.m_bTrashReplaced, &file.m_temporary, named[i].m_file);
+      err = TakeNameAsAsked(&file.m_folder, file.m_name.size(), file.m_name.data(), file.m_bReplace,
+                            file.m_bNumberedName, file.m_bTrashReplaced, &file.m_temporary,
+                            named[i].m_file);
     }
     if (err != noErr) FSDeleteObject(&file.m_temporary);
   }

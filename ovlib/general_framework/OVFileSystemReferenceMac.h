@@ -108,7 +108,6 @@ class OVFileBatch {
   // Deletes the files that were never named.
   ~OVFileBatch();
 
-  std::size_t Count() const { return m_vecWaiting.size(); }
   // Whether a file waits to take the name `name`, in any folder.
   bool Awaits(const TString& name) const;
   // Names every waiting file and empties the batch.

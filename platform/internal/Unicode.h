@@ -22,3 +22,7 @@ bool EncodeUtf8(const UniChar* units, std::size_t count, std::string& bytes);
 bool DecodeSingleByte(const UInt8* bytes, std::size_t count, bool macRoman,
                       std::vector<UniChar>& units);
 bool EncodeSingleByte(const UniChar* units, std::size_t count, bool macRoman, std::string& bytes);
+
+// `bytes` with every byte but letters, digits and "-._~" (and "/" with `keepSlashes`) written as
+// "%XX": a URL's path, and the Trash's records of where their objects came from.
+std::string PercentEscaped(const std::string& bytes, bool keepSlashes);
